@@ -1,0 +1,14 @@
+// Smallest host program: renders a request document the way the client traces it.
+#include <iostream>
+
+#include "pimAvMngApi/pimAvMngApi.h"
+
+int main() {
+    Json::Value request;
+    request["id"] = 7;
+    request["pause"] = true;
+    std::string text;
+    IJsonSerializable::convertJsonToString(request, text);
+    std::cout << text << std::endl;
+    return 0;
+}

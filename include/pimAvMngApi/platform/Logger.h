@@ -1,0 +1,71 @@
+#pragma once
+
+#include <atomic>
+#include <cstdarg>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#if defined(__GNUC__)
+#define PIMAV_PRINTF_FORMAT(fmt_index, first_arg) __attribute__((format(printf, fmt_index, first_arg)))
+#else
+#define PIMAV_PRINTF_FORMAT(fmt_index, first_arg)
+#endif
+
+// Process-wide log sink with printf-style formatting.
+//
+// Levels follow syslog numbering: 2 errors and refused input, 3 missing optional
+// values, 4 notices, 5 state changes, 6 dumps, 7 step-by-step traces. A line whose
+// level is above the threshold is dropped before its format is expanded, so a
+// disabled trace costs one relaxed atomic load.
+class Logger {
+public:
+    enum logDebugLevel_t {
+        LOG_EMERGENCY = 0,
+        LOG_ALERT = 1,
+        LOG_CRITICAL = 2,
+        LOG_ERROR = 3,
+        LOG_WARNING = 4,
+        LOG_NOTICE = 5,
+        LOG_INFO = 6,
+        LOG_DEBUG = 7,
+    };
+
+    // Receives every line that passes the threshold. The line carries no trailing newline.
+    using Sink = std::function<void(int level, const std::string& line)>;
+
+    static constexpr int kDefaultThreshold = 4;
+
+    static Logger* getInstance();
+
+    // Same as getInstance()->logMessage(...).
+    static void log(int level, const char* fmt, ...) PIMAV_PRINTF_FORMAT(2, 3);
+
+    void logMessage(int level, const char* fmt, ...) PIMAV_PRINTF_FORMAT(3, 4);
+    void vlogMessage(int level, const char* fmt, va_list args);
+
+    // True when a line of this level would be written. Callers use it to skip
+    // expensive argument preparation (rendering a JSON document, for example).
+    static bool isEnabled(int level) {
+        return level <= getInstance()->m_threshold.load(std::memory_order_relaxed);
+    }
+
+    void setThreshold(int level) { m_threshold.store(level, std::memory_order_relaxed); }
+    int getThreshold() const { return m_threshold.load(std::memory_order_relaxed); }
+
+    // Replaces the output. An empty function restores the default output: stderr, one
+    // line per message, prefixed with the level tag "[N] ".
+    void setSink(Sink sink);
+
+    Logger(const Logger&) = delete;
+    Logger& operator=(const Logger&) = delete;
+
+private:
+    Logger() = default;
+    void write(int level, const std::string& line);
+
+    std::atomic<int> m_threshold{kDefaultThreshold};
+    std::mutex m_sink_mutex;
+    std::shared_ptr<const Sink> m_sink;
+};
