@@ -11,7 +11,14 @@
 #include "pimAvMngApi/platform/Logger.h"
 
 // model
+#include "pimAvMngApi/model/DaifType.h"
 #include "pimAvMngApi/model/IpAddress.h"
+#include "pimAvMngApi/model/RedundantType.h"
+#include "pimAvMngApi/model/SessionType.h"
+#include "pimAvMngApi/model/State.h"
+#include "pimAvMngApi/model/StreamClass.h"
+#include "pimAvMngApi/model/StreamType.h"
+#include "pimAvMngApi/model/TributaryType.h"
 
 // device
 
