@@ -4,11 +4,16 @@
 // Keep one section per folder, sorted, one line per header.
 
 // platform
+#include "pimAvMngApi/platform/Alarm.h"
+#include "pimAvMngApi/platform/AlarmSeverity.h"
+#include "pimAvMngApi/platform/ChannelId.h"
+#include "pimAvMngApi/platform/ChannelList.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/ErrorReport.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 #include "pimAvMngApi/platform/IpcMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "pimAvMngApi/platform/PacketTimeOptions.h"
 
 // model
 #include "pimAvMngApi/model/DaifType.h"

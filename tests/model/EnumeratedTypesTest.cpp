@@ -11,18 +11,11 @@
 #include "pimAvMngApi/model/StreamClass.h"
 #include "pimAvMngApi/model/StreamType.h"
 #include "pimAvMngApi/model/TributaryType.h"
+#include "support/JsonText.h"
 
 namespace {
 
-Json::Value parse(const std::string& text) {
-    Json::Value v;
-    Json::CharReaderBuilder b;
-    std::string errs;
-    std::unique_ptr<Json::CharReader> r(b.newCharReader());
-    EXPECT_TRUE(r->parse(text.data(), text.data() + text.size(), &v, &errs)) << text;
-    return v;
-}
-
+Json::Value parse(const std::string& text) { return jsonOf(text); }
 struct ReadRow {
     const char* doc;
     int32_t before;
@@ -127,7 +120,7 @@ TEST(EnumeratedTypes, TributaryReadsTypeAndIndex) {
     TributaryType t(2, 5);
     Json::Value out;
     t.Serialize(out);
-    EXPECT_EQ(out, parse(R"({"tributary":{"type":"MULTI-SD","index":5}})"));
+    EXPECT_JSON_EQ(out, R"({"tributary":{"type":"MULTI-SD","index":5}})");
     t.set(9);
     t.Serialize(out);
     EXPECT_EQ(out["tributary"]["type"].asString(), "none");
@@ -154,7 +147,7 @@ TEST(EnumeratedTypes, DaifTypeDefaultsAndRoundTrip) {
     DaifType w(4, "tdm");
     Json::Value out;
     w.Serialize(out);
-    EXPECT_EQ(out, parse(R"({"type":4,"string":"tdm"})"));
+    EXPECT_JSON_EQ(out, R"({"type":4,"string":"tdm"})");
     DaifType r;
     r.Deserialize(out);
     EXPECT_EQ(r, w);
