@@ -34,9 +34,13 @@ void State::fromString(const std::string& word) {
     }
 }
 
-void State::Serialize(Json::Value& out) const { out["state"] = Json::Value(toString()); }
+void State::Serialize(Json::Value& out) const {
+    out["state"] = Json::Value(toString());
+}
 
-void State::Deserialize(Json::Value& in) { fromString(in.get("state", "").asString()); }
+void State::Deserialize(Json::Value& in) {
+    fromString(in.get("state", "").asString());
+}
 
 // ---- StreamType ----
 
@@ -61,9 +65,13 @@ void StreamType::fromString(const std::string& word) {
     }
 }
 
-void StreamType::Serialize(Json::Value& out) const { out["type"] = Json::Value(toString()); }
+void StreamType::Serialize(Json::Value& out) const {
+    out["type"] = Json::Value(toString());
+}
 
-void StreamType::Deserialize(Json::Value& in) { fromString(in.get("type", "").asString()); }
+void StreamType::Deserialize(Json::Value& in) {
+    fromString(in.get("type", "").asString());
+}
 
 // ---- StreamClass ----
 
@@ -86,9 +94,13 @@ void StreamClass::fromString(const std::string& word) {
     }
 }
 
-void StreamClass::Serialize(Json::Value& out) const { out["class"] = Json::Value(toString()); }
+void StreamClass::Serialize(Json::Value& out) const {
+    out["class"] = Json::Value(toString());
+}
 
-void StreamClass::Deserialize(Json::Value& in) { fromString(in.get("class", "").asString()); }
+void StreamClass::Deserialize(Json::Value& in) {
+    fromString(in.get("class", "").asString());
+}
 
 // ---- SessionType ----
 
@@ -113,9 +125,13 @@ void SessionType::fromString(const std::string& word) {
     }
 }
 
-void SessionType::Serialize(Json::Value& out) const { out["type"] = Json::Value(toString()); }
+void SessionType::Serialize(Json::Value& out) const {
+    out["type"] = Json::Value(toString());
+}
 
-void SessionType::Deserialize(Json::Value& in) { fromString(in.get("type", "").asString()); }
+void SessionType::Deserialize(Json::Value& in) {
+    fromString(in.get("type", "").asString());
+}
 
 // ---- RedundantType ----
 
@@ -143,9 +159,13 @@ int RedundantType::fromString(const std::string& word) {
     return 0;
 }
 
-void RedundantType::Serialize(Json::Value& out) const { out["redundant-type"] = Json::Value(toString()); }
+void RedundantType::Serialize(Json::Value& out) const {
+    out["redundant-type"] = Json::Value(toString());
+}
 
-void RedundantType::Deserialize(Json::Value& in) { fromString(in.get("redundant-type", "none").asString()); }
+void RedundantType::Deserialize(Json::Value& in) {
+    fromString(in.get("redundant-type", "none").asString());
+}
 
 // ---- TributaryType ----
 

@@ -31,3 +31,7 @@ void IpAddress::readText(const std::string& text) {
         Logger::log(2, "Error parsing IP [%s]: invalid IP address", text.c_str());
     }
 }
+
+void IpAddress::Deserialize(std::string key, Json::Value& in) {
+    readText(in.get(key, "").asString());
+}

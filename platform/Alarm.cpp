@@ -28,7 +28,9 @@ void AlarmSeverity::fromString(const std::string& word) {
     }
 }
 
-void AlarmSeverity::Serialize(Json::Value& out) const { out["severity"] = Json::Value(toString()); }
+void AlarmSeverity::Serialize(Json::Value& out) const {
+    out["severity"] = Json::Value(toString());
+}
 
 void AlarmSeverity::Deserialize(Json::Value& in) {
     fromString(in.get("severity", "indeterminate").asString());

@@ -17,13 +17,19 @@
 
 // model
 #include "pimAvMngApi/model/DaifType.h"
+#include "pimAvMngApi/model/IpAddrCfg.h"
 #include "pimAvMngApi/model/IpAddress.h"
 #include "pimAvMngApi/model/RedundantType.h"
+#include "pimAvMngApi/model/Rtp.h"
+#include "pimAvMngApi/model/SessionConnectionInfo.h"
 #include "pimAvMngApi/model/SessionType.h"
+#include "pimAvMngApi/model/Ssrc.h"
 #include "pimAvMngApi/model/State.h"
 #include "pimAvMngApi/model/StreamClass.h"
 #include "pimAvMngApi/model/StreamType.h"
 #include "pimAvMngApi/model/TributaryType.h"
+#include "pimAvMngApi/model/UdpPort.h"
+#include "pimAvMngApi/model/Vlan.h"
 
 // device
 

@@ -15,7 +15,9 @@
 
 namespace {
 
-Json::Value parse(const std::string& text) { return jsonOf(text); }
+Json::Value parse(const std::string& text) {
+    return jsonOf(text);
+}
 struct ReadRow {
     const char* doc;
     int32_t before;

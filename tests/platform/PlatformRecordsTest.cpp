@@ -76,7 +76,8 @@ TEST(ChannelList, ElementAccessAndDump) {
 
     LogCapture capture;
     list.dump("  ");
-    EXPECT_EQ(capture.at(6), (std::vector<std::string>{"  Channel[0] sdi(3)/1:5", "  Channel[1] tdm(1)/2:9"}));
+    EXPECT_EQ(capture.at(6),
+              (std::vector<std::string>{"  Channel[0] sdi(3)/1:5", "  Channel[1] tdm(1)/2:9"}));
 
     EXPECT_EQ(list.removeChannelEntry(0), 0);
     EXPECT_EQ(list.removeChannelEntry(1), -16);
@@ -114,7 +115,8 @@ TEST(Alarm, JsonFormAndReadingDefaults) {
         EXPECT_EQ(r.m_text, "");
         EXPECT_EQ(r.m_time, 0u);
     }
-    for (const char* bad : {R"({"code":-1})", R"({"text":{}})", R"({"time":"now"})", R"({"severity":[]})", "[]"}) {
+    for (const char* bad :
+         {R"({"code":-1})", R"({"text":{}})", R"({"time":"now"})", R"({"severity":[]})", "[]"}) {
         Json::Value doc = jsonOf(bad);
         EXPECT_ANY_THROW(back.Deserialize(doc)) << bad;
     }

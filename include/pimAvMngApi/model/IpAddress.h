@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include <json/json.h>
+
 // An IPv4 address held as a 32-bit number in host byte order (the first byte of the
 // dotted form is the most significant); 0 means not set.
 class IpAddress {
@@ -25,6 +27,10 @@ public:
     // value; invalid text logs "Error parsing IP [%s]: invalid IP address" at level 2
     // and keeps the value.
     void readText(const std::string& text);
+
+    // Reads in[key] as text (empty when missing) and applies readText to it. A value
+    // of the wrong JSON kind (object, array) makes jsoncpp throw.
+    void Deserialize(std::string key, Json::Value& in);
 
     bool operator==(const IpAddress& other) const { return m_addr == other.m_addr; }
     bool operator!=(const IpAddress& other) const { return m_addr != other.m_addr; }
