@@ -17,18 +17,27 @@
 
 // model
 #include "pimAvMngApi/model/DaifType.h"
+#include "pimAvMngApi/model/HdmiAudioOffset.h"
+#include "pimAvMngApi/model/InterfaceLoopBack.h"
 #include "pimAvMngApi/model/IpAddrCfg.h"
 #include "pimAvMngApi/model/IpAddress.h"
 #include "pimAvMngApi/model/RedundantType.h"
 #include "pimAvMngApi/model/Rtp.h"
+#include "pimAvMngApi/model/SdiOffset.h"
+#include "pimAvMngApi/model/SdiOffsetList.h"
 #include "pimAvMngApi/model/SessionConnectionInfo.h"
+#include "pimAvMngApi/model/SessionStatus.h"
 #include "pimAvMngApi/model/SessionType.h"
 #include "pimAvMngApi/model/Ssrc.h"
 #include "pimAvMngApi/model/State.h"
 #include "pimAvMngApi/model/StreamClass.h"
+#include "pimAvMngApi/model/StreamStatus.h"
 #include "pimAvMngApi/model/StreamType.h"
+#include "pimAvMngApi/model/TpcStatistics.h"
 #include "pimAvMngApi/model/TributaryType.h"
 #include "pimAvMngApi/model/UdpPort.h"
+#include "pimAvMngApi/model/UserNotifications.h"
+#include "pimAvMngApi/model/VideoTimingParameters.h"
 #include "pimAvMngApi/model/Vlan.h"
 
 // device

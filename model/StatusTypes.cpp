@@ -1,0 +1,216 @@
+// Status, statistics and interface records.
+
+#include "pimAvMngApi/model/HdmiAudioOffset.h"
+#include "pimAvMngApi/model/InterfaceLoopBack.h"
+#include "pimAvMngApi/model/SdiOffset.h"
+#include "pimAvMngApi/model/SdiOffsetList.h"
+#include "pimAvMngApi/model/SessionStatus.h"
+#include "pimAvMngApi/model/StreamStatus.h"
+#include "pimAvMngApi/model/TpcStatistics.h"
+#include "pimAvMngApi/model/UserNotifications.h"
+#include "pimAvMngApi/model/VideoTimingParameters.h"
+
+namespace {
+
+void writeAlarms(const std::list<Alarm>& alarms, Json::Value& out) {
+    if (alarms.empty()) {
+        return;
+    }
+    Json::Value::ArrayIndex i = 0;
+    for (const Alarm& alarm : alarms) {
+        alarm.Serialize(out["alarms"][i++]);
+    }
+}
+
+void readAlarms(std::list<Alarm>& alarms, Json::Value& in) {
+    alarms.clear();
+    Json::Value& list = in["alarms"];
+    for (Json::Value::ArrayIndex i = 0; i < list.size(); ++i) {
+        Alarm alarm;
+        alarm.Deserialize(list[i]);
+        alarms.push_back(alarm);
+    }
+}
+
+}  // namespace
+
+// ---- VideoTimingParameters ----
+
+std::string VideoTimingParameters::timingModeToString() const {
+    switch (m_timing_mode) {
+        case UNSET:
+            return "unset";
+        case FRAME_SYNC:
+            return "frame_sync";
+        case LOW_LATENCY:
+            return "low_latency";
+        case ST2059:
+            return "2059";
+        default:
+            return "ERROR";
+    }
+}
+
+void VideoTimingParameters::Serialize(Json::Value& out) const {
+    out["timing-mode"] = Json::Value(timingModeToString());
+    if (m_init_buf_delay != -1) {
+        out["initBufDelay"] = Json::Value(m_init_buf_delay);
+    }
+    if (m_min_wr_rd_ptr_thresh != -1) {
+        out["minWrRdPtrThresh"] = Json::Value(m_min_wr_rd_ptr_thresh);
+    }
+    if (m_max_wr_rd_ptr_thresh != -1) {
+        out["maxWrRdPtrThresh"] = Json::Value(m_max_wr_rd_ptr_thresh);
+    }
+    if (m_rtp_pkts_per_frame != -1) {
+        out["rtpPktsPerFrame"] = Json::Value(m_rtp_pkts_per_frame);
+    }
+}
+
+void VideoTimingParameters::Deserialize(Json::Value& in) {
+    if (in.isMember("timing-mode")) {
+        const std::string word = in.get("timing-mode", "").asString();
+        if (word == "frame_sync") {
+            m_timing_mode = FRAME_SYNC;
+        } else if (word == "low_latency" || word.empty()) {
+            m_timing_mode = LOW_LATENCY;
+        } else if (word == "2059") {
+            m_timing_mode = ST2059;
+        }
+    }
+    const struct {
+        const char* key;
+        int32_t* member;
+    } numbers[] = {{"initBufDelay", &m_init_buf_delay},
+                   {"minWrRdPtrThresh", &m_min_wr_rd_ptr_thresh},
+                   {"maxWrRdPtrThresh", &m_max_wr_rd_ptr_thresh},
+                   {"rtpPktsPerFrame", &m_rtp_pkts_per_frame}};
+    for (const auto& n : numbers) {
+        if (in.isMember(n.key)) {
+            *n.member = in.get(n.key, -1).asInt();
+        }
+    }
+}
+
+// ---- StreamStatus / SessionStatus ----
+
+void StreamStatus::Serialize(Json::Value& out) const {
+    out["id"] = Json::Value(static_cast<Json::UInt64>(m_id));
+    writeAlarms(m_alarms, out);
+}
+
+void StreamStatus::Deserialize(Json::Value& in) {
+    m_id = in.get("id", 0).asUInt64();
+    readAlarms(m_alarms, in);
+}
+
+void SessionStatus::Serialize(Json::Value& out) const {
+    out["id"] = Json::Value(static_cast<Json::UInt64>(m_id));
+    writeAlarms(m_alarms, out);
+    Json::Value::ArrayIndex i = 0;
+    for (const StreamStatus& stream : m_streams) {
+        stream.Serialize(out["streams"][i++]);
+    }
+}
+
+void SessionStatus::Deserialize(Json::Value& in) {
+    m_id = in.get("id", 0).asUInt64();
+    readAlarms(m_alarms, in);
+    m_streams.clear();
+    Json::Value& streams = in["streams"];
+    for (Json::Value::ArrayIndex i = 0; i < streams.size(); ++i) {
+        StreamStatus stream;
+        stream.Deserialize(streams[i]);
+        m_streams.push_back(stream);
+    }
+}
+
+// ---- TpcStatistics ----
+
+void TpcStatistics::Serialize(Json::Value& out) const {
+    out["session-id"] = Json::Value(static_cast<Json::UInt64>(m_session_id));
+    out["stream-id"] = Json::Value(m_stream_id);
+    out["error-detected"] = Json::Value(m_error_detected);
+    out["data-detected"] = Json::Value(m_data_detected);
+}
+
+void TpcStatistics::Deserialize(Json::Value& in) {
+    m_session_id = in.get("session-id", 0).asUInt64();
+    m_stream_id = in.get("stream-id", 0).asUInt();
+    m_error_detected = in.get("error-detected", false).asBool();
+    m_data_detected = in.get("data-detected", false).asBool();
+}
+
+// ---- UserNotifications ----
+
+void UserNotifications::Serialize(Json::Value& out) const {
+    out["running-is-not-saved"] = Json::Value(m_running_is_not_saved);
+    out["startup-applied"] = Json::Value(m_startup_applied);
+}
+
+void UserNotifications::Deserialize(Json::Value& in) {
+    m_running_is_not_saved = in.get("running-is-not-saved", false).asBool();
+    m_startup_applied = in.get("startup-applied", false).asBool();
+}
+
+// ---- HdmiAudioOffset ----
+
+void HdmiAudioOffset::Serialize(Json::Value& out) const {
+    out["hdmi-audio-offset"] = Json::Value(m_offset);
+}
+
+void HdmiAudioOffset::Deserialize(Json::Value& in) {
+    if (in.isMember("hdmi-audio-offset")) {
+        m_offset = static_cast<uint32_t>(in.get("hdmi-audio-offset", 0).asInt());
+    }
+}
+
+// ---- SdiOffset / SdiOffsetList ----
+
+void SdiOffset::Serialize(Json::Value& out) const {
+    out["sdi-port"] = Json::Value(static_cast<int>(m_sdi_port));
+    out["video-offset"] = Json::Value(m_video_offset);
+    out["audio-offset"] = Json::Value(m_audio_offset);
+}
+
+void SdiOffset::Deserialize(Json::Value& in) {
+    if (in.isMember("sdi-port")) {
+        m_sdi_port = static_cast<uint8_t>(in.get("sdi-port", 0).asInt());
+    }
+    if (in.isMember("video-offset")) {
+        m_video_offset = static_cast<uint32_t>(in.get("video-offset", 0).asInt());
+    }
+    if (in.isMember("audio-offset")) {
+        m_audio_offset = static_cast<uint32_t>(in.get("audio-offset", 0).asInt());
+    }
+}
+
+void SdiOffsetList::Serialize(Json::Value& out) const {
+    if (m_offsets.empty() && out.isNull()) {
+        out = Json::Value(Json::arrayValue);
+    }
+    Json::Value::ArrayIndex i = 0;
+    for (const SdiOffset& offset : m_offsets) {
+        offset.Serialize(out[i++]);
+    }
+}
+
+void SdiOffsetList::Deserialize(Json::Value& in) {
+    for (Json::Value::ArrayIndex i = 0; i < in.size(); ++i) {
+        SdiOffset offset;
+        offset.Deserialize(in[i]);
+        m_offsets.push_back(offset);
+    }
+}
+
+// ---- InterfaceLoopBack ----
+
+void InterfaceLoopBack::Serialize(Json::Value& out) const {
+    out["enable"] = Json::Value(m_enable);
+    m_interface.Serialize(out["interface"]);
+}
+
+void InterfaceLoopBack::Deserialize(Json::Value& in) {
+    m_enable = in.get("enable", false).asBool();
+    m_interface.Deserialize(in["interface"]);
+}
