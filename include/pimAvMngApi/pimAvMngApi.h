@@ -16,7 +16,10 @@
 #include "pimAvMngApi/platform/PacketTimeOptions.h"
 
 // model
+#include "pimAvMngApi/model/ChannelChanges.h"
 #include "pimAvMngApi/model/DaifType.h"
+#include "pimAvMngApi/model/DestinationApi.h"
+#include "pimAvMngApi/model/DestinationApiSessionSel.h"
 #include "pimAvMngApi/model/HdmiAudioOffset.h"
 #include "pimAvMngApi/model/InterfaceLoopBack.h"
 #include "pimAvMngApi/model/IpAddrCfg.h"
@@ -39,6 +42,7 @@
 #include "pimAvMngApi/model/UserNotifications.h"
 #include "pimAvMngApi/model/VideoTimingParameters.h"
 #include "pimAvMngApi/model/Vlan.h"
+#include "pimAvMngApi/model/VolumeGainApi.h"
 
 // device
 

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+// One channel's gain and mute change inside a gain request ("channel-gain", "position",
+// "mute"). Constructed as gain 0, position 255 (the value a request without
+// "position" gives), not muted.
+class ChannelChanges {
+public:
+    ChannelChanges() = default;
+    ChannelChanges(double gain, uint32_t position, bool mute)
+        : m_gain(gain), m_position(position), m_mute(mute) {}
+    ChannelChanges(const ChannelChanges&) = default;
+    ChannelChanges& operator=(const ChannelChanges&) = default;
+    virtual ~ChannelChanges() {}
+
+    double m_gain = 0.0;
+    uint32_t m_position = 255;
+    bool m_mute = false;
+};
