@@ -16,6 +16,7 @@
 #include "pimAvMngApi/platform/PacketTimeOptions.h"
 
 // model
+#include "pimAvMngApi/model/AncillaryStreamData.h"
 #include "pimAvMngApi/model/ChannelChanges.h"
 #include "pimAvMngApi/model/DaifType.h"
 #include "pimAvMngApi/model/DestinationApi.h"
@@ -31,9 +32,11 @@
 #include "pimAvMngApi/model/SessionConnectionInfo.h"
 #include "pimAvMngApi/model/SessionStatus.h"
 #include "pimAvMngApi/model/SessionType.h"
+#include "pimAvMngApi/model/Source.h"
 #include "pimAvMngApi/model/Ssrc.h"
 #include "pimAvMngApi/model/State.h"
 #include "pimAvMngApi/model/StreamClass.h"
+#include "pimAvMngApi/model/StreamData.h"
 #include "pimAvMngApi/model/StreamStatus.h"
 #include "pimAvMngApi/model/StreamType.h"
 #include "pimAvMngApi/model/TpcStatistics.h"
