@@ -1,0 +1,393 @@
+// Device-level commands of the emulated board: clock, global settings, interfaces,
+// notifications, option lists and channel gains.
+
+#include "Emulator.h"
+#include "EmulatorSupport.h"
+#include "pimAvMngApi/model/HdmiAudioOffset.h"
+#include "pimAvMngApi/model/InterfaceLoopBack.h"
+#include "pimAvMngApi/model/SdiOffsetList.h"
+#include "pimAvMngApi/model/UserNotifications.h"
+#include "pimAvMngApi/model/VolumeGainApi.h"
+#include "pimAvMngApi/platform/ErrorAuxMsg.h"
+#include "pimAvMngApi/platform/Logger.h"
+
+namespace emu {
+
+namespace {
+
+bool isLarchBoard(const std::string& board) {
+    return board == "LARCH_MADI" || board == "LARCH_AES1616" || board == "LARCH_ANA88";
+}
+
+Json::Value clockConfigDocument(int ref) {
+    Json::Value c;
+    c["ref-type"] = ref;
+    c["ref-str"] = ref == 4 ? "AUTO - PTP BASED" : ref == 5 ? "AUTO - EXTERNAL REFERENCE" : "";
+    return c;
+}
+
+}  // namespace
+
+// ---- clock ----
+
+Json::Value Emulator::cfgSystemClk(const Request& r) {
+    const Json::Value& doc = requireDocument(r);
+    const Json::Value& ref = doc.isMember("ref-type") ? doc["ref-type"] : Json::Value(4);
+    if (!ref.isUInt()) {
+        throw CommandError(kBadRequest, "\"ref-type\" must be an unsigned integer");
+    }
+    const unsigned value = ref.asUInt();
+    if (value != 4 && !(value == 5 && isLarchBoard(m_options.board))) {
+        throw CommandError(kValueRefused, "clock reference " + std::to_string(value) + " is not allowed on board " +
+                                              m_options.board);
+    }
+    m_settings["clock"] = clockConfigDocument(static_cast<int>(value));
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::getSystemClockInfo(const Request&) {
+    Json::Value reply;
+    const Json::Value& clock = m_settings["clock"];
+    reply["config"] = clockConfigDocument(clock.get("ref-type", 4).asInt());
+    const bool external = clock.get("ref-type", 4).asInt() == 5;
+    reply["status"]["system"]["code"] = 0;
+    reply["status"]["system"]["string"] = "LOCKED";
+    reply["status"]["interface"]["code"] = 0;
+    reply["status"]["interface"]["string"] = "LOCKED";
+    reply["status"]["current-ref"]["code"] = external ? 2 : 1;
+    reply["status"]["current-ref"]["string"] = external ? "EXTERNAL REFERENCE" : "PTP SLAVE";
+    Json::Value& cdc = reply["counters"]["cdc"];
+    cdc["current"] = m_clock_counters.get("current", 512).asUInt();
+    cdc["min"] = m_clock_counters.get("min", 508).asUInt();
+    cdc["max"] = m_clock_counters.get("max", 516).asUInt();
+    cdc["underflow-event"] = false;
+    cdc["overflow-event"] = false;
+    reply["smpte-2059"]["locked"] = !external;
+    reply["smpte-2059"]["domain"] = 127;
+    return reply;
+}
+
+Json::Value Emulator::resetSystemClockCounters(const Request&) {
+    m_clock_counters["current"] = 512;
+    m_clock_counters["min"] = 512;
+    m_clock_counters["max"] = 512;
+    return emptyReply();
+}
+
+// ---- global settings and notifications ----
+
+Json::Value Emulator::getGlobalConfig(const Request&) {
+    Json::Value reply;
+    reply["global"] = m_settings["global"];
+    return reply;
+}
+
+Json::Value Emulator::setGlobalConfig(const Request& r) {
+    const Json::Value& global = requireObjectMember(r, "global");
+    for (const auto& key : global.getMemberNames()) {
+        m_settings["global"][key] = global[key];
+    }
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::getUserNotifications(const Request&) {
+    UserNotifications notifications;
+    notifications.m_running_is_not_saved = !m_sessions.empty();
+    notifications.m_startup_applied = m_startup_pos != 10;
+    Json::Value reply;
+    notifications.Serialize(reply["notifications"]);
+    return reply;
+}
+
+// ---- SDI, HDMI, loop-back, video reference ----
+
+Json::Value Emulator::setSdiPatternGeneratorConfig(const Request& r) {
+    m_settings["sdi-pattern"] = requireObjectMember(r, "sdi");
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::setHdmiPatternGeneratorConfig(const Request& r) {
+    m_settings["hdmi-pattern"] = requireDocument(r);
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::getSdiInterfaceInfo(const Request&) {
+    Json::Value reply;
+    for (int port = 0; port < 2; ++port) {
+        Json::Value e;
+        e["port"] = port;
+        e["locked"] = port == 0;
+        e["video_mode"] = port == 0 ? "1080p50" : "NA";
+        reply["sdi"].append(e);
+    }
+    return reply;
+}
+
+Json::Value Emulator::getSdiOffsets(const Request&) {
+    Json::Value reply;
+    reply["sdi-offsets"] = m_settings["sdi-offsets"];
+    return reply;
+}
+
+Json::Value Emulator::setSdiOffsets(const Request& r) {
+    const Json::Value& doc = requireDocument(r);
+    if (!doc["sdi-offsets"].isArray()) {
+        throw CommandError(kBadRequest, "request needs the array \"sdi-offsets\"");
+    }
+    SdiOffsetList list;
+    Json::Value in = doc;
+    try {
+        list.Deserialize(in);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("\"sdi-offsets\" cannot be read: ") + e.what());
+    }
+    Json::Value normalised;
+    list.Serialize(normalised);
+    for (const auto& offset : normalised["sdi-offsets"]) {
+        const int port = offset.get("sdi-port", 0).asInt();
+        bool replaced = false;
+        for (auto& existing : m_settings["sdi-offsets"]) {
+            if (existing.get("sdi-port", -1).asInt() == port) {
+                existing = offset;
+                replaced = true;
+            }
+        }
+        if (!replaced) {
+            m_settings["sdi-offsets"].append(offset);
+        }
+    }
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::getHdmiAudioOffset(const Request&) { return m_settings["hdmi-audio-offset"]; }
+
+Json::Value Emulator::setHdmiAudioOffset(const Request& r) {
+    Json::Value in = requireDocument(r);
+    if (!in.isMember("hdmi-audio-offset")) {
+        throw CommandError(kBadRequest, "request needs \"hdmi-audio-offset\"");
+    }
+    HdmiAudioOffset offset;
+    try {
+        offset.Deserialize(in);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("\"hdmi-audio-offset\" cannot be read: ") + e.what());
+    }
+    Json::Value out;
+    offset.Serialize(out);
+    m_settings["hdmi-audio-offset"] = out;
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::getSdiVpgInfo(const Request&) {
+    Json::Value reply;
+    for (int port = 0; port < 2; ++port) {
+        Json::Value e;
+        e["port"] = port;
+        e["enable"] = !m_settings["sdi-pattern"].empty();
+        e["pattern"] = m_settings["sdi-pattern"].get("pattern", "colorbars");
+        e["video_mode"] = m_settings["sdi-pattern"].get("video_mode", "1080p50");
+        reply["sdi-vpg-info"].append(e);
+    }
+    return reply;
+}
+
+Json::Value Emulator::setInterfaceLoopBackMode(const Request& r) {
+    Json::Value in = requireDocument(r);
+    InterfaceLoopBack mode;
+    try {
+        mode.Deserialize(in);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("loop-back request cannot be read: ") + e.what());
+    }
+    Json::Value out;
+    mode.Serialize(out);
+    Json::Value kept(Json::arrayValue);
+    for (const auto& existing : m_settings["loopback"]) {
+        if (existing["interface"] != out["interface"]) {
+            kept.append(existing);
+        }
+    }
+    kept.append(out);
+    m_settings["loopback"] = kept;
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::getVideoReferenceCfg(const Request&) {
+    Json::Value reply;
+    reply["video-ref"] = m_settings["video-ref"];
+    return reply;
+}
+
+Json::Value Emulator::setVideoReferenceCfg(const Request& r) {
+    const Json::Value& ref = requireObjectMember(r, "video-ref");
+    for (const auto& key : ref.getMemberNames()) {
+        m_settings["video-ref"][key] = ref[key];
+    }
+    persistRunning();
+    return emptyReply();
+}
+
+// ---- option lists ----
+
+Json::Value Emulator::getDigitalInterfaces(const Request&) {
+    Json::Value reply;
+    const char* const names[] = {"sdi", "hdmi", "tdm", "madi", "aes3"};
+    for (unsigned i = 0; i < 5; ++i) {
+        Json::Value e;
+        e["index"] = i;
+        e["name"] = names[i];
+        e["channels"] = i < 2 ? 16 : 64;
+        reply["list"].append(e);
+    }
+    return reply;
+}
+
+Json::Value Emulator::getWebServices(const Request&) {
+    Json::Value reply;
+    const char* const names[] = {"http", "nmos", "sap", "rtsp"};
+    const int ports[] = {80, 3212, 9875, 554};
+    for (unsigned i = 0; i < 4; ++i) {
+        Json::Value e;
+        e["name"] = names[i];
+        e["port"] = ports[i];
+        e["enabled"] = true;
+        reply["list"].append(e);
+    }
+    return reply;
+}
+
+Json::Value Emulator::getCodecs(const Request&) {
+    Json::Value reply;
+    for (const char* codec : {"AM824", "L32", "L24", "L16", "SMPTE2022-6", "AM824_TRANSPARENT", "raw"}) {
+        reply["list"].append(codec);
+    }
+    return reply;
+}
+
+Json::Value Emulator::getTdmCfgOptions(const Request&) {
+    Json::Value reply;
+    for (int slots : {2, 4, 8, 16}) {
+        reply["slots"].append(slots);
+    }
+    for (int bits : {16, 24, 32}) {
+        reply["bits"].append(bits);
+    }
+    reply["modes"].append("i2s");
+    reply["modes"].append("tdm");
+    return reply;
+}
+
+Json::Value Emulator::getAudioCfgOptions(const Request&) {
+    Json::Value reply;
+    for (int f : {44100, 48000, 96000}) {
+        reply["channel-freq"].append(f);
+    }
+    for (int p : {125, 250, 333, 1000, 4000}) {
+        reply["ptime"].append(p);
+    }
+    for (const char* codec : {"L16", "L24", "AM824"}) {
+        reply["codec"].append(codec);
+    }
+    return reply;
+}
+
+Json::Value Emulator::getDefaultConfigurationParams(const Request&) {
+    Json::Value reply;
+    reply["audio"]["udp"] = 5004;
+    reply["audio"]["dscp"] = 34;
+    reply["audio"]["ttl"] = 64;
+    reply["audio"]["payload-type"] = 98;
+    reply["audio"]["ptime"] = 1000;
+    reply["audio"]["channel-freq"] = 48000;
+    reply["audio"]["codec"] = "L24";
+    reply["video"]["udp"] = 20000;
+    reply["video"]["dscp"] = 40;
+    reply["video"]["payload-type"] = 96;
+    reply["board"]["model"] = m_options.board;
+    reply["board"]["module"] = m_options.module;
+    reply["board"]["local-ip"] = m_options.localAddress;
+    return reply;
+}
+
+Json::Value Emulator::getInternalDebugInfo(const Request&) {
+    Json::Value reply;
+    reply["sessions"] = static_cast<unsigned>(m_sessions.size());
+    reply["advertised"] = static_cast<unsigned>(m_advertised.size());
+    reply["next-session-id"] = Json::UInt64(m_next_session_id);
+    reply["next-stream-id"] = Json::UInt64(m_next_stream_id);
+    reply["config-dir"] = m_options.configDir;
+    reply["startup"] = m_startup_pos;
+    return reply;
+}
+
+// ---- channel gains ----
+
+Json::Value Emulator::gainReply(const char* table, const Request& r, unsigned command) {
+    Json::Value request = requireDocument(r);
+    const int result = VolumeGainApi::Validate(request, command);
+    if (result < 0) {
+        refuseWithUserMessages(result, "");
+    }
+    std::string key = "all";
+    if (command == 52 || command == 54) {
+        Request lookup;
+        lookup.hasDocument = true;
+        lookup.document["id"] = request["session-id"];
+        key = std::to_string(findSession(lookup).id);
+    }
+    Json::Value& gains = m_settings[table][key];
+    if (command == 52 || command == 53) {
+        for (const auto& change : request["channel-list"]) {
+            const std::string position = std::to_string(change["position"].asInt());
+            gains[position]["position"] = change["position"].asInt();
+            gains[position]["channel-gain"] = change["channel-gain"].asDouble();
+            gains[position]["mute"] = change["mute"].asBool();
+        }
+        persistRunning();
+        return emptyReply();
+    }
+    Json::Value reply;
+    if (command == 54) {
+        reply["session-id"] = request["session-id"];
+    }
+    reply["channel-list"] = Json::Value(Json::arrayValue);
+    auto entryFor = [&](int position) {
+        const std::string k = std::to_string(position);
+        if (gains.isMember(k)) {
+            return gains[k];
+        }
+        Json::Value e;
+        e["position"] = position;
+        e["channel-gain"] = 1.0;
+        e["mute"] = false;
+        return e;
+    };
+    if (command == 55) {
+        for (const auto& wanted : request["channel-list"]) {
+            const int position = wanted.isObject() ? wanted.get("position", 0).asInt() : wanted.asInt();
+            reply["channel-list"].append(entryFor(position));
+        }
+    } else {
+        for (const auto& k : gains.getMemberNames()) {
+            reply["channel-list"].append(gains[k]);
+        }
+    }
+    return reply;
+}
+
+Json::Value Emulator::setSourceChannelGain(const Request& r) { return gainReply("source-gains", r, 52); }
+
+Json::Value Emulator::setDestinationChannelGain(const Request& r) { return gainReply("destination-gains", r, 53); }
+
+Json::Value Emulator::getSourceChannelGain(const Request& r) { return gainReply("source-gains", r, 54); }
+
+Json::Value Emulator::getDestinationChannelGain(const Request& r) { return gainReply("destination-gains", r, 55); }
+
+}  // namespace emu

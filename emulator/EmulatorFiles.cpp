@@ -1,0 +1,154 @@
+// Saved configuration commands: each position is a real JSON file in the configuration
+// directory, written atomically; the start-up position is kept beside them.
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <ctime>
+
+#include "AtomicFile.h"
+#include "Emulator.h"
+#include "EmulatorSupport.h"
+#include "pimAvMngApi/platform/Logger.h"
+
+namespace emu {
+
+namespace {
+
+constexpr unsigned kUserPositions = 10;
+constexpr unsigned kDefaultPos = 10;
+
+}  // namespace
+
+Json::Value Emulator::fileCfgSaveRunning(const Request& r) {
+    const unsigned pos = requirePosition(r);
+    if (pos >= kUserPositions) {
+        throw CommandError(kValueRefused, "position 10 holds the system start-up configuration and cannot be saved to");
+    }
+    const Json::Value& doc = r.document;
+    if (!doc["name"].isString() || doc["name"].asString().empty()) {
+        throw CommandError(kBadRequest, "request needs a non-empty \"name\"");
+    }
+    const bool startup = optionalBool(r, "startup", false);
+    Json::Value saved;
+    saved["name"] = doc["name"].asString();
+    saved["position"] = pos;
+    saved["saved-at"] = Json::UInt64(static_cast<uint64_t>(std::time(nullptr)));
+    saved["running"] = runningDocument();
+    const std::string text = saved.toStyledString();
+    std::string error;
+    if (!writeFileAtomically(positionPath(pos), text, error)) {
+        throw CommandError(kNotFound, "cannot write the configuration file: " + error);
+    }
+    m_files[pos].name = doc["name"].asString();
+    m_files[pos].size = static_cast<uint32_t>(text.size());
+    if (startup) {
+        m_startup_pos = pos;
+    }
+    persistTableMeta();
+    Logger::log(5, "emulator: running configuration saved at position %u [%s], %zu bytes", pos,
+                m_files[pos].name.c_str(), text.size());
+    return emptyReply();
+}
+
+Json::Value Emulator::fileCfgGetRunning(const Request&) {
+    Json::Value reply;
+    reply["running"] = runningDocument();
+    return reply;
+}
+
+Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
+    if (optionalBool(r, "default", false)) {
+        resetRunning();
+        persistRunning();
+        Logger::log(5, "emulator: default configuration loaded to running");
+        return emptyReply();
+    }
+    const unsigned pos = requirePosition(r);
+    if (pos == kDefaultPos) {
+        resetRunning();
+        persistRunning();
+        return emptyReply();
+    }
+    if (m_files[pos].size == 0) {
+        throw CommandError(kNotFound, "position " + std::to_string(pos) + " holds no saved configuration");
+    }
+    std::string text;
+    if (!readWholeFile(positionPath(pos), text)) {
+        throw CommandError(kNotFound, "the file of position " + std::to_string(pos) + " cannot be read");
+    }
+    Json::CharReaderBuilder builder;
+    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    Json::Value saved;
+    std::string errors;
+    if (!reader->parse(text.data(), text.data() + text.size(), &saved, &errors) || !saved.isObject()) {
+        throw CommandError(kBadRequest, "the file of position " + std::to_string(pos) + " is not a configuration");
+    }
+    restoreRunning(saved["running"]);
+    persistRunning();
+    Logger::log(5, "emulator: configuration %u [%s] loaded to running with %zu sessions", pos,
+                m_files[pos].name.c_str(), m_sessions.size());
+    return emptyReply();
+}
+
+Json::Value Emulator::fileCfgLoadConfiguration(const Request& r) {
+    const Json::Value& doc = requireDocument(r);
+    restoreRunning(doc.isMember("running") ? doc["running"] : doc);
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::fileCfgGetTable(const Request&) {
+    Json::Value reply;
+    reply["list"] = Json::Value();
+    for (unsigned pos = 0; pos <= kDefaultPos; ++pos) {
+        if (m_files[pos].size == 0) {
+            continue;
+        }
+        Json::Value e;
+        e["index"] = pos;
+        e["name"] = m_files[pos].name;
+        e["size"] = m_files[pos].size;
+        reply["list"].append(e);
+    }
+    reply["startup"] = m_startup_pos;
+    return reply;
+}
+
+Json::Value Emulator::fileCfgSetStartupPos(const Request& r) {
+    const unsigned pos = requirePosition(r);
+    if (m_files[pos].name.empty() || m_files[pos].size == 0) {
+        if (pos == kDefaultPos) {
+            // The system default is always available as start-up configuration.
+            m_startup_pos = kDefaultPos;
+            persistTableMeta();
+            return emptyReply();
+        }
+        Logger::log(2, "It is not possible to select an empty config file as startup config.");
+        throw CommandError(kEmptyStartup, "It is not possible to select an empty config file as startup config.");
+    }
+    m_startup_pos = pos;
+    persistTableMeta();
+    return emptyReply();
+}
+
+Json::Value Emulator::fileCfgRemoveConfig(const Request& r) {
+    const unsigned pos = requirePosition(r);
+    if (pos >= kUserPositions) {
+        throw CommandError(kValueRefused, "the system start-up configuration cannot be removed");
+    }
+    if (m_files[pos].size == 0) {
+        throw CommandError(kNotFound, "position " + std::to_string(pos) + " holds no saved configuration");
+    }
+    if (::unlink(positionPath(pos).c_str()) != 0) {
+        throw CommandError(kNotFound, "the file of position " + std::to_string(pos) + " cannot be removed");
+    }
+    m_files[pos] = SavedFile{};
+    if (m_startup_pos == pos) {
+        m_startup_pos = kDefaultPos;
+    }
+    persistTableMeta();
+    return emptyReply();
+}
+
+}  // namespace emu

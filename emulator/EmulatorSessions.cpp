@@ -1,0 +1,474 @@
+// Session commands of the emulated device: senders, receivers, their streams, SDP,
+// statistics and channel disconnection.
+
+#include <algorithm>
+
+#include "Emulator.h"
+#include "EmulatorSupport.h"
+#include "pimAvMngApi/model/SessionStatus.h"
+#include "pimAvMngApi/model/TpcStatistics.h"
+#include "pimAvMngApi/platform/ChannelList.h"
+#include "pimAvMngApi/platform/ErrorAuxMsg.h"
+#include "pimAvMngApi/platform/Logger.h"
+
+namespace emu {
+
+namespace {
+
+const char* const kSourceLists[] = {"audio-sources", "video-sources", "ancillary-sources"};
+
+const char* mediaOfList(const std::string& list) {
+    if (list == "audio-sources") {
+        return "audio";
+    }
+    if (list == "video-sources") {
+        return "video";
+    }
+    return "ancillary";
+}
+
+}  // namespace
+
+// ---- sender sessions ----
+
+void Emulator::buildSenderStreams(EmulatedSession& session) {
+    Json::Value& cfg = session.config;
+    Json::Value streams(Json::arrayValue);
+    unsigned index = 0;
+    for (const char* list : kSourceLists) {
+        if (!cfg.isMember(list)) {
+            continue;
+        }
+        const std::string media = mediaOfList(list);
+        for (auto& source : cfg[list]) {
+            if (source.get("id", 0).asUInt64() == 0) {
+                source["id"] = Json::UInt64(allocateStreamId());
+            }
+            if (addressUnset(source["transport"])) {
+                // Multicast group per session and stream: 239.<media>.<session>.<stream>.
+                const uint32_t group = (239u << 24) | ((media == "audio" ? 69u : media == "video" ? 70u : 71u) << 16) |
+                                       (static_cast<uint32_t>(session.id % 250) << 8) | ((index % 250) + 1);
+                source["transport"] = dotted(group);
+            }
+            if (addressUnset(source["source-ip"])) {
+                source["source-ip"] = m_options.localAddress;
+            }
+            if (source.get("udp", -1).asInt() < 0) {
+                source["udp"] = media == "audio" ? 5004 : 20000;
+            }
+            if (source.get("dscp", -1).asInt() < 0) {
+                source["dscp"] = media == "audio" ? 34 : 40;
+            }
+            if (source.get("network-index", -1).asInt() < 0) {
+                source["network-index"] = 0;
+            }
+            if (source.get("name", "").asString().empty()) {
+                source["name"] = cfg.get("name", "").asString() + " " + media + " " + std::to_string(index + 1);
+            }
+            streams.append(senderStreamDocument(source, media, index, session.paused));
+            ++index;
+        }
+    }
+    session.streams = streams;
+}
+
+Json::Value Emulator::addSourceSession(const Request& r) {
+    Json::Value cfg = normaliseSourceApi(requireDocument(r));
+    unsigned count = 0;
+    for (const char* list : kSourceLists) {
+        count += cfg.isMember(list) ? cfg[list].size() : 0;
+    }
+    if (count == 0) {
+        throw CommandError(kBadRequest, "a sender session needs at least one audio, video or ancillary source");
+    }
+    EmulatedSession session;
+    session.id = allocateSessionId();
+    session.kind = EmulatedSession::SENDER;
+    cfg["session-id"] = Json::UInt64(session.id);
+    if (cfg.get("name", "").asString().empty()) {
+        cfg["name"] = "Session " + std::to_string(session.id);
+    }
+    session.config = cfg;
+    buildSenderStreams(session);
+    refreshSenderSdp(session);
+    Json::Value reply = normaliseSourceApi(session.config);
+    session.config = reply;
+    m_sessions[session.id] = session;
+    persistRunning();
+    Logger::log(5, "emulator: sender session %llu [%s] added with %u streams",
+                static_cast<unsigned long long>(session.id), cfg["name"].asCString(), count);
+    return reply;
+}
+
+Json::Value Emulator::updateSession(const Request& r) {
+    const Json::Value& doc = requireDocument(r);
+    if (!doc["session-id"].isUInt64()) {
+        throw CommandError(kBadRequest, "an update needs the \"session-id\" of the session");
+    }
+    Request lookup;
+    lookup.hasDocument = true;
+    lookup.document["id"] = doc["session-id"];
+    EmulatedSession& session = findSession(lookup);
+    if (session.kind == EmulatedSession::RECEIVER) {
+        throw CommandError(kValueRefused, "session " + std::to_string(session.id) + " is a receiver of an advertised stream");
+    }
+    Json::Value cfg = normaliseSourceApi(doc);
+    cfg["session-id"] = Json::UInt64(session.id);
+    if (cfg.get("name", "").asString().empty()) {
+        cfg["name"] = session.config.get("name", "").asString();
+    }
+    session.config = cfg;
+    ++session.version;
+    buildSenderStreams(session);
+    if (session.kind == EmulatedSession::SENDER) {
+        refreshSenderSdp(session);
+    }
+    session.config = normaliseSourceApi(session.config);
+    persistRunning();
+    Logger::log(5, "emulator: session %llu updated to version %llu", static_cast<unsigned long long>(session.id),
+                static_cast<unsigned long long>(session.version));
+    return emptyReply();
+}
+
+// ---- receiver sessions ----
+
+Json::Value Emulator::addDestinationSession(const Request& r) {
+    Json::Value cfg = normaliseDestinationApi(requireDocument(r));
+    const std::string userSdp = cfg.get("user-sdp", "").asString();
+    const uint64_t remote = cfg["rem-sid"].get("id", 0).asUInt64();
+    const unsigned mediaIndex = cfg["rem-sid"].get("media-idx", 0).asUInt();
+    EmulatedSession session;
+    std::string sdp;
+    if (!userSdp.empty()) {
+        sdp = checkUserSdp(userSdp);
+        session.kind = EmulatedSession::MANUAL_RECEIVER;
+    } else {
+        if (remote == 0) {
+            throw CommandError(kSessionIdZero, "a receiver needs \"rem-sid\".\"id\" of an advertised session or a \"user-sdp\"");
+        }
+        auto it = m_advertised.find(remote);
+        if (it == m_advertised.end()) {
+            throw CommandError(kAdvertisedNotFound, "no advertised session with id " + std::to_string(remote));
+        }
+        sdp = it->second.sdp;
+        session.kind = EmulatedSession::RECEIVER;
+    }
+    Json::Value stream = receiverStreamFromSdp(sdp, mediaIndex, 0, cfg["channel-list"]);
+    session.id = allocateSessionId();
+    stream["id"] = Json::UInt64(allocateStreamId());
+    cfg["session-id"] = Json::UInt64(session.id);
+    if (cfg.get("name", "").asString().empty()) {
+        cfg["name"] = stream.get("name", "").asString().empty() ? "Receiver " + std::to_string(session.id)
+                                                                 : stream["name"].asString();
+    }
+    session.config = cfg;
+    session.sdp = sdp;
+    session.streams = Json::Value(Json::arrayValue);
+    session.streams.append(stream);
+    if (session.kind == EmulatedSession::RECEIVER) {
+        m_advertised[remote].inUse = true;
+    }
+    m_sessions[session.id] = session;
+    persistRunning();
+    Logger::log(5, "emulator: receiver session %llu [%s] added", static_cast<unsigned long long>(session.id),
+                cfg["name"].asCString());
+    return cfg;
+}
+
+Json::Value Emulator::addDestinationSessionManually(const Request& r) {
+    Json::Value cfg = normaliseSourceApi(requireDocument(r));
+    unsigned count = 0;
+    for (const char* list : kSourceLists) {
+        count += cfg.isMember(list) ? cfg[list].size() : 0;
+    }
+    if (count == 0) {
+        throw CommandError(kBadRequest, "a receiver needs at least one stream description");
+    }
+    for (const char* list : kSourceLists) {
+        if (!cfg.isMember(list)) {
+            continue;
+        }
+        for (const auto& source : cfg[list]) {
+            if (addressUnset(source["transport"])) {
+                throw CommandError(kBadRequest, "every stream of a manual receiver needs its \"transport\" address");
+            }
+        }
+    }
+    EmulatedSession session;
+    session.id = allocateSessionId();
+    session.kind = EmulatedSession::MANUAL_RECEIVER;
+    cfg["session-id"] = Json::UInt64(session.id);
+    if (cfg.get("name", "").asString().empty()) {
+        cfg["name"] = "Receiver " + std::to_string(session.id);
+    }
+    session.config = cfg;
+    buildSenderStreams(session);
+    for (auto& stream : session.streams) {
+        stream["class"] = "receiver";
+    }
+    session.config = normaliseSourceApi(session.config);
+    m_sessions[session.id] = session;
+    persistRunning();
+    return session.config;
+}
+
+// ---- common session commands ----
+
+Json::Value Emulator::removeSession(const Request& r) {
+    EmulatedSession& session = findSession(r);
+    const uint64_t id = session.id;
+    const EmulatedSession copy = session;
+    m_sessions.erase(id);
+    releaseAdvertisedUse(copy);
+    persistRunning();
+    Logger::log(5, "emulator: session %llu removed", static_cast<unsigned long long>(id));
+    return emptyReply();
+}
+
+Json::Value Emulator::getSessionSdp(const Request& r) {
+    EmulatedSession& session = findSession(r);
+    Json::Value reply;
+    reply["sdp"] = session.sdp;
+    return reply;
+}
+
+Json::Value Emulator::saveSdpInfo(const Request& r) {
+    EmulatedSession& session = findSession(r);
+    const Json::Value& doc = r.document;
+    if (!doc["sdp"].isString() || doc["sdp"].asString().empty()) {
+        throw CommandError(kBadRequest, "request needs the SDP text in \"sdp\"");
+    }
+    session.sdp = checkUserSdp(doc["sdp"].asString());
+    ++session.version;
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::pauseResumeSession(const Request& r) {
+    EmulatedSession& session = findSession(r);
+    if (!r.document.isMember("pause") || !r.document["pause"].isBool()) {
+        throw CommandError(kBadRequest, "request needs the boolean \"pause\"");
+    }
+    session.paused = r.document["pause"].asBool();
+    for (auto& stream : session.streams) {
+        stream["state"] = session.paused ? "Paused" : "Enabled";
+    }
+    persistRunning();
+    Logger::log(5, "emulator: session %llu %s", static_cast<unsigned long long>(session.id),
+                session.paused ? "paused" : "resumed");
+    return emptyReply();
+}
+
+Json::Value Emulator::disconnectChannels(const Request& r) {
+    EmulatedSession& session = findSession(r);
+    ChannelList requested;
+    try {
+        requested.Deserialize(const_cast<Json::Value&>(r.document)["channel-list"]);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("\"channel-list\" cannot be read: ") + e.what());
+    }
+    Json::Value wanted;
+    requested.Serialize(wanted);
+    unsigned removed = 0;
+    auto strip = [&](Json::Value& holder) {
+        if (!holder.isMember("channel-list") || !holder["channel-list"].isArray()) {
+            return;
+        }
+        Json::Value kept(Json::arrayValue);
+        for (const auto& channel : holder["channel-list"]) {
+            bool drop = false;
+            for (const auto& w : wanted) {
+                drop = drop || channel == w;
+            }
+            if (drop) {
+                ++removed;
+            } else {
+                kept.append(channel);
+            }
+        }
+        holder["channel-list"] = kept;
+    };
+    for (auto& stream : session.streams) {
+        strip(stream);
+    }
+    strip(session.config);
+    for (const char* list : kSourceLists) {
+        if (session.config.isMember(list)) {
+            for (auto& source : session.config[list]) {
+                strip(source);
+            }
+        }
+    }
+    persistRunning();
+    Json::Value reply;
+    reply["disconnected"] = removed;
+    return reply;
+}
+
+Json::Value Emulator::getSessionBasicInfo(const Request& r) {
+    EmulatedSession& session = findSession(r);
+    Json::Value info;
+    info["id"] = Json::UInt64(session.id);
+    info["version"] = Json::UInt64(session.version);
+    info["name"] = session.config.get("name", "").asString();
+    const uint64_t remote = session.kind == EmulatedSession::RECEIVER ? session.config["rem-sid"].get("id", 0).asUInt64()
+                                                                      : 0;
+    info["remote-sid"] = Json::UInt64(remote);
+    info["remote-sid-str"] = std::to_string(remote);
+    info["ptp-domain"] = m_settings["clock"]["ptp"].get("domain", 0).asInt();
+    info["ptp-gmid"] = "00-1D-C1-FF-FE-12-34-56";
+    auto adv = m_advertised.find(remote);
+    info["rtsp-url"] = adv != m_advertised.end() ? adv->second.url : "";
+    info["session-list"] = session.streams;
+    return info;
+}
+
+Json::Value Emulator::sessionListReply(bool senders) const {
+    Json::Value list(Json::arrayValue);
+    for (const auto& [id, s] : m_sessions) {
+        if ((s.kind == EmulatedSession::SENDER) != senders) {
+            continue;
+        }
+        Json::Value e;
+        e["id"] = Json::UInt64(id);
+        e["id-str"] = std::to_string(id);
+        e["name"] = s.config.get("name", "").asString();
+        e["version"] = Json::UInt64(s.version);
+        e["paused"] = s.paused;
+        e["streams"] = s.streams;
+        list.append(e);
+    }
+    Json::Value reply;
+    reply["list"] = list;
+    return reply;
+}
+
+Json::Value Emulator::getSourceSessionList(const Request&) { return sessionListReply(true); }
+
+Json::Value Emulator::getDestinationSessionList(const Request&) { return sessionListReply(false); }
+
+Json::Value Emulator::getListOfExistingStreams(const Request&) {
+    Json::Value list(Json::arrayValue);
+    for (const auto& [id, s] : m_sessions) {
+        list.append(sessionConfigDocument(s, m_settings));
+    }
+    Json::Value reply;
+    reply["list"] = list;
+    return reply;
+}
+
+Json::Value Emulator::getResourceAllocatedIds(const Request&) {
+    Json::Value reply;
+    reply["senders"] = Json::Value(Json::arrayValue);
+    reply["receivers"] = Json::Value(Json::arrayValue);
+    for (const auto& [id, s] : m_sessions) {
+        reply[s.kind == EmulatedSession::SENDER ? "senders" : "receivers"].append(Json::UInt64(id));
+    }
+    return reply;
+}
+
+Json::Value Emulator::getSessionTPCStatistics(const Request& r) {
+    Json::Value reply;
+    reply["tpc"] = Json::Value(Json::arrayValue);
+    auto add = [&](const EmulatedSession& s) {
+        for (const auto& stream : s.streams) {
+            TpcStatistics stats;
+            stats.m_session_id = s.id;
+            stats.m_stream_id = static_cast<uint32_t>(stream.get("id", 0).asUInt64());
+            stats.m_data_detected = !s.paused;
+            stats.m_error_detected = false;
+            Json::Value doc;
+            stats.Serialize(doc);
+            reply["tpc"].append(doc);
+        }
+    };
+    if (r.hasDocument && r.document.get("all", false).isBool() && r.document.get("all", false).asBool()) {
+        for (const auto& entry : m_sessions) {
+            add(entry.second);
+        }
+        return reply;
+    }
+    add(findSession(r));
+    return reply;
+}
+
+Json::Value Emulator::getSessionCounters(const Request& r) {
+    EmulatedSession& session = findSession(r);
+    Json::Value reply;
+    reply["id"] = Json::UInt64(session.id);
+    Json::Value streams(Json::arrayValue);
+    for (const auto& stream : session.streams) {
+        Json::Value c;
+        c["id"] = stream.get("id", 0);
+        c["packets"] = Json::UInt64(session.paused ? 0 : 1000 * session.version);
+        c["bytes"] = Json::UInt64(session.paused ? 0 : 1000 * session.version * stream.get("payload-size", 0).asUInt());
+        c["lost"] = 0;
+        c["late"] = 0;
+        streams.append(c);
+    }
+    reply["streams"] = streams;
+    return reply;
+}
+
+Json::Value Emulator::getSessionInternalStatus(const Request& r) {
+    EmulatedSession& session = findSession(r);
+    Json::Value reply;
+    reply["id"] = Json::UInt64(session.id);
+    reply["state"] = session.paused ? "Paused" : "Enabled";
+    reply["clear_fifo_levels"] = optionalBool(r, "clear_fifo_levels", false);
+    reply["clear_counters"] = optionalBool(r, "clear_counters", false);
+    reply["clear_pending"] = optionalBool(r, "clear_pending", false);
+    reply["fifo-level"] = 0;
+    reply["pending"] = 0;
+    reply["streams"] = static_cast<unsigned>(session.streams.size());
+    return reply;
+}
+
+Json::Value Emulator::getChannelUsageTable(const Request& r) {
+    const bool full = optionalBool(r, "full", false);
+    Json::Value list(Json::arrayValue);
+    for (const auto& [id, s] : m_sessions) {
+        for (const auto& stream : s.streams) {
+            const Json::Value& channels = stream["channel-list"];
+            if (!full && (!channels.isArray() || channels.empty())) {
+                continue;
+            }
+            Json::Value e;
+            e["session-id"] = Json::UInt64(id);
+            e["stream-id"] = stream.get("id", 0);
+            e["class"] = stream.get("class", "sender");
+            e["channel-list"] = channels.isArray() ? channels : Json::Value(Json::arrayValue);
+            list.append(e);
+        }
+    }
+    Json::Value reply;
+    reply["list"] = list;
+    return reply;
+}
+
+Json::Value Emulator::getAlarmStatus(const Request&) {
+    Json::Value reply;
+    reply["sessions"] = Json::Value(Json::arrayValue);
+    for (const auto& [id, s] : m_sessions) {
+        SessionStatus status;
+        status.m_id = id;
+        for (const auto& stream : s.streams) {
+            StreamStatus st;
+            st.m_id = stream.get("id", 0).asUInt64();
+            if (s.paused) {
+                st.m_alarms.emplace_back(Alarm(1, AlarmSeverity(), "stream paused", 0));
+            }
+            status.m_streams.push_back(st);
+        }
+        Json::Value doc;
+        status.Serialize(doc);
+        reply["sessions"].append(doc);
+    }
+    reply["global"] = Json::Value(Json::arrayValue);
+    for (const auto& alarm : m_settings["alarms"]) {
+        reply["global"].append(alarm);
+    }
+    return reply;
+}
+
+}  // namespace emu

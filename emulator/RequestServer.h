@@ -1,0 +1,83 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+#include <zmq.hpp>
+
+namespace emu {
+
+// Result code put in the "error" member of a reply to a request that cannot be read
+// (wrong number of frames, bad command id frame, text that is not a JSON object).
+constexpr int kUnreadableRequest = -13;
+
+// One decoded request: the command id and, when the second frame was not empty, the
+// request document (always an object).
+struct Request {
+    uint32_t commandId = 0;
+    bool hasDocument = false;
+    Json::Value document;
+};
+
+// Thrown by a command handler to answer with {"error": {"code": code, "message": text}}.
+class CommandError : public std::runtime_error {
+public:
+    CommandError(int code, const std::string& message, std::vector<std::string> userMessages = {})
+        : std::runtime_error(message), m_code(code), m_user_messages(std::move(userMessages)) {}
+    int code() const { return m_code; }
+    // Messages meant for the user (SDP or gain refusals), returned in the reply.
+    const std::vector<std::string>& userMessages() const { return m_user_messages; }
+
+private:
+    int m_code;
+    std::vector<std::string> m_user_messages;
+};
+
+// Builds the reply document of a refused request:
+// {"error": {"code": code, "message": text, "user-messages": [text, ...]}}, the last member
+// only when there are user messages.
+Json::Value errorReply(int code, const std::string& message, const std::vector<std::string>& userMessages = {});
+
+// Decodes the frames of one request. Frame 1 is the command id as a 4-byte
+// little-endian unsigned number, frame 2 the request document as JSON text or empty.
+// Throws CommandError(kUnreadableRequest, why) when the frames cannot be read.
+Request decodeRequest(const std::vector<std::string>& frames);
+
+// Renders a reply document as compact one-line JSON text.
+std::string renderReply(const Json::Value& reply);
+
+// The daemon's end of the link: one ZeroMQ REP socket, one reply per request.
+class RequestServer {
+public:
+    using Handler = std::function<Json::Value(const Request&)>;
+
+    // Binds the socket; throws zmq::error_t when the endpoint cannot be bound.
+    RequestServer(zmq::context_t& context, const std::string& endpoint);
+
+    // Answers requests until `stop` becomes true. The socket is polled with a short
+    // time limit so that a stop request (a signal handler setting the flag) is seen
+    // within `pollMs` milliseconds; `idle` runs after every poll round. The handler's
+    // exceptions are caught per request and answered with an error reply: the loop never
+    // ends because of its input.
+    void serve(const std::atomic<bool>& stop, const Handler& handler, const std::function<void()>& idle,
+               int pollMs = 100);
+
+    // Answers the one request that is waiting (if any) within `timeoutMs`. Returns
+    // true when a request was answered.
+    bool serveOne(const Handler& handler, int timeoutMs);
+
+    uint64_t requestsServed() const { return m_served; }
+
+private:
+    Json::Value answer(const std::vector<std::string>& frames, const Handler& handler);
+
+    zmq::socket_t m_socket;
+    uint64_t m_served = 0;
+};
+
+}  // namespace emu

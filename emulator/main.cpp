@@ -1,0 +1,83 @@
+// avmng-emulator: a stand-in for the device's AV manager daemon. It answers the 56
+// commands of the client library over ZeroMQ on loopback, keeps sessions, advertised
+// sessions, saved configurations and device settings, and persists them in a directory
+// so that a restart loses nothing.
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include "Emulator.h"
+#include "RequestServer.h"
+#include "pimAvMngApi/platform/Logger.h"
+
+namespace {
+
+std::atomic<bool> g_stop{false};
+std::atomic<bool> g_reload{false};
+
+void onStop(int) { g_stop.store(true); }
+void onHangUp(int) { g_reload.store(true); }
+
+std::string defaultConfigDir() {
+    const char* state = std::getenv("XDG_STATE_HOME");
+    if (state != nullptr && state[0] == '/') {
+        return std::string(state) + "/avmng-emulator";
+    }
+    const char* home = std::getenv("HOME");
+    return std::string(home != nullptr ? home : "/tmp") + "/.local/state/avmng-emulator";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"avmng-emulator: answers the AV manager commands of libpimAvMngApi over ZeroMQ"};
+    std::string bind = "tcp://127.0.0.1:5559";
+    emu::EmulatorOptions options;
+    options.configDir = defaultConfigDir();
+    int logLevel = 4;
+    app.add_option("--bind", bind, "ZeroMQ endpoint to bind")->capture_default_str();
+    app.add_option("--advertise", options.advertiseDir,
+                   "folder of .sdp files loaded as advertised sessions (file name = URL)");
+    app.add_option("--config-dir", options.configDir, "folder of saved configurations and running state")
+        ->capture_default_str();
+    app.add_option("--board", options.board, "board model (JUNIPER, JUNIPER_QH, DAMSON, ...)")->capture_default_str();
+    app.add_option("--module", options.module, "bitstream module of the board")->capture_default_str();
+    app.add_option("--local-ip", options.localAddress, "the board's own address")->capture_default_str();
+    app.add_option("--log-level", logLevel, "log threshold 0..7")->capture_default_str();
+    CLI11_PARSE(app, argc, argv);
+
+    Logger::getInstance()->setThreshold(logLevel);
+
+    std::signal(SIGINT, onStop);
+    std::signal(SIGTERM, onStop);
+    std::signal(SIGHUP, onHangUp);
+    std::signal(SIGPIPE, SIG_IGN);
+
+    try {
+        emu::Emulator emulator(options);
+        zmq::context_t context(1);
+        emu::RequestServer server(context, bind);
+        Logger::log(4, "avmng-emulator: listening on %s (board %s, module %s, state in %s)", bind.c_str(),
+                    options.board.c_str(), options.module.c_str(), options.configDir.c_str());
+        std::cout << "avmng-emulator ready on " << bind << std::endl;
+        server.serve(
+            g_stop, [&](const emu::Request& request) { return emulator.handle(request); },
+            [&] {
+                if (g_reload.exchange(false)) {
+                    emulator.reloadAdvertised();
+                }
+            });
+        Logger::log(4, "avmng-emulator: stopping after %llu requests",
+                    static_cast<unsigned long long>(server.requestsServed()));
+    } catch (const zmq::error_t& e) {
+        std::cerr << "avmng-emulator: cannot serve on " << bind << ": " << e.what() << std::endl;
+        return 2;
+    } catch (const std::exception& e) {
+        std::cerr << "avmng-emulator: " << e.what() << std::endl;
+        return 1;
+    }
+    return 0;
+}
