@@ -14,6 +14,8 @@
 #include "pimAvMngApi/platform/IpcMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/PacketTimeOptions.h"
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
+#include "pimAvMngApi/platform/VideoFormat.h"
 
 // model
 #include "pimAvMngApi/model/AncillaryStreamData.h"
@@ -48,6 +50,10 @@
 #include "pimAvMngApi/model/VolumeGainApi.h"
 
 // device
+#include "pimAvMngApi/device/BitstreamType.h"
+#include "pimAvMngApi/device/BoardModel.h"
+#include "pimAvMngApi/device/BoardModelType.h"
+#include "pimAvMngApi/device/Codec.h"
 
 // sdp
 

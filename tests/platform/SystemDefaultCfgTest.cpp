@@ -1,0 +1,84 @@
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netinet/in.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
+
+namespace {
+
+class SystemDefaultCfgTest : public ::testing::Test {
+protected:
+    void TearDown() override { cfg->resetToDefaults(); }
+    SystemDefaultCfg* cfg = SystemDefaultCfg::getInstance();
+};
+
+IpAddress ip(const char* text) {
+    IpAddress a;
+    EXPECT_TRUE(a.fromString(text));
+    return a;
+}
+
+TEST_F(SystemDefaultCfgTest, DefaultBoardIsAVideoBoard) {
+    EXPECT_EQ(SystemDefaultCfg::getInstance(), cfg);
+    const BoardModel board = cfg->getBoardModel();
+    EXPECT_EQ(board.getModel(), MAPLE);
+    EXPECT_EQ(board.getModule(), BitstreamType::MODULE_NA);
+    EXPECT_EQ(board.getSupportedVideoFormats().size(), 22u);
+
+    cfg->setBoardModel(BoardModel(LARCH_MADI, BitstreamType::MODULE_SDI_TR04));
+    EXPECT_EQ(cfg->getBoardModel().getModel(), LARCH_MADI);
+    EXPECT_EQ(cfg->getBoardModel().getModule(), BitstreamType::MODULE_SDI_TR04);
+}
+
+TEST_F(SystemDefaultCfgTest, CfgFilePathEndsWithSeparator) {
+    std::string path = "old";
+    EXPECT_EQ(cfg->getCfgFilePath(&path), 0);
+    EXPECT_EQ(path, "/etc/aes67/");
+    EXPECT_EQ(cfg->getCfgFilePath(nullptr), -4);
+    cfg->setCfgFilePath("/tmp/cfg");
+    cfg->getCfgFilePath(&path);
+    EXPECT_EQ(path, "/tmp/cfg/");
+    cfg->setCfgFilePath("/var/x/");
+    cfg->getCfgFilePath(&path);
+    EXPECT_EQ(path, "/var/x/");
+}
+
+TEST_F(SystemDefaultCfgTest, LocalAddressesComeFromTheInterfaces) {
+    // Every IPv4 address the machine really has is local.
+    struct ifaddrs* list = nullptr;
+    ASSERT_EQ(getifaddrs(&list), 0);
+    int seen = 0;
+    for (auto* it = list; it != nullptr; it = it->ifa_next) {
+        if (it->ifa_addr != nullptr && it->ifa_addr->sa_family == AF_INET) {
+            const auto* in = reinterpret_cast<const sockaddr_in*>(it->ifa_addr);
+            EXPECT_TRUE(cfg->isLocalBoardIpAddr(IpAddress(ntohl(in->sin_addr.s_addr)))) << it->ifa_name;
+            ++seen;
+        }
+    }
+    freeifaddrs(list);
+    EXPECT_GT(seen, 0);
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));    // loopback is always up
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("192.0.2.77")));  // documentation range
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(IpAddress()));
+}
+
+TEST_F(SystemDefaultCfgTest, TestsCanAddOrReplaceAddresses) {
+    cfg->addLocalIpAddr(ip("192.0.2.77"));
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("192.0.2.77")));
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
+
+    cfg->setLocalIpAddrs({ip("198.51.100.1")});
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("198.51.100.1")));
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("192.0.2.77")));
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
+
+    cfg->resetLocalIpAddrs();
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("198.51.100.1")));
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
+}
+
+}  // namespace
