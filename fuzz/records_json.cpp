@@ -64,6 +64,14 @@ void feedAll(const Json::Value& doc) {
     roundTrip(doc, Source());
     roundTrip(doc, StreamData());
     roundTrip(doc, AncillaryStreamData());
+    roundTrip(doc, AudioStreamData());
+    roundTrip(doc, VideoStreamData());
+    roundTrip(doc, AudioSource());
+    roundTrip(doc, VideoSource());
+    roundTrip(doc, SourceApi());
+    roundTrip(doc, SessionConfigData());
+    roundTrip(doc, SessionBasicInfo());
+    roundTrip(doc, SdiData());
     Json::Value request = doc;
     for (unsigned command = 51; command <= 56; ++command) {
         VolumeGainApi::Validate(request, command);
@@ -75,6 +83,16 @@ void feedAll(const Json::Value& doc) {
     } catch (const std::exception&) {
     }
     dumped.dumpStreamData();
+    SessionBasicInfo info;
+    in = doc;
+    try {
+        info.Deserialize(in);
+    } catch (const std::exception&) {
+    }
+    SessionBasicInfo copy(info);
+    for (StreamData* stream : copy.m_streams) {
+        stream->dumpStreamData();
+    }
 }
 
 }  // namespace

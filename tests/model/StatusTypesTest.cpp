@@ -169,3 +169,27 @@ TEST(StatusTypes, SdiOffsetListAppendsAndKeepsMissingKeys) {
 }
 
 }  // namespace
+
+#include "pimAvMngApi/model/SdiData.h"
+
+namespace {
+
+TEST(StatusTypes, SdiDataWritesPortAndGenerator) {
+    SdiData d;
+    d.m_sdi_port = 2;
+    d.m_pattern_control = -3;
+    d.m_enable = true;
+    d.m_video_format = VideoFormat(VideoFormat::VIDEO_FORMAT_1080I59_94);
+    Json::Value out;
+    d.Serialize(out);
+    EXPECT_JSON_EQ(
+        out,
+        R"({"sdi-port":2,"vpg":{"patctrl":-3,"video-format":"1080i59.94","enable":true,"sync-enable":false}})");
+    SdiData back;
+    back.Deserialize(out);
+    EXPECT_EQ(back.m_pattern_control, -3);
+    EXPECT_TRUE(back.m_enable);
+    EXPECT_EQ(back.m_sdi_port, 2);
+}
+
+}  // namespace
