@@ -1,0 +1,246 @@
+#include "EmulatorProcess.h"
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <zmq.hpp>
+
+namespace e2e {
+
+namespace {
+
+zmq::context_t& context() {
+    static zmq::context_t ctx(1);
+    return ctx;
+}
+
+int waitStatus(int status) {
+    if (WIFEXITED(status)) {
+        return WEXITSTATUS(status);
+    }
+    if (WIFSIGNALED(status)) {
+        return 128 + WTERMSIG(status);
+    }
+    return -1;
+}
+
+}  // namespace
+
+std::string binaryPath(const std::string& relative) { return std::string(PIMAV_BINARY_DIR) + "/" + relative; }
+
+std::string sourcePath(const std::string& relative) { return std::string(PIMAV_SOURCE_DIR) + "/" + relative; }
+
+std::string makeTempDir(const std::string& tag) {
+    const char* base = std::getenv("TMPDIR");
+    std::string tmpl = std::string(base != nullptr && base[0] != '\0' ? base : "/tmp") + "/pimav-" + tag + "-XXXXXX";
+    if (::mkdtemp(&tmpl[0]) == nullptr) {
+        throw std::runtime_error("mkdtemp failed");
+    }
+    return tmpl;
+}
+
+int freeLoopbackPort() {
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    addr.sin_port = 0;
+    socklen_t len = sizeof addr;
+    if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0 ||
+        ::getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &len) != 0) {
+        if (fd >= 0) {
+            ::close(fd);
+        }
+        throw std::runtime_error("no free loopback port");
+    }
+    const int port = ntohs(addr.sin_port);
+    ::close(fd);
+    return port;
+}
+
+RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
+    int outPipe[2];
+    int errPipe[2];
+    if (::pipe(outPipe) != 0 || ::pipe(errPipe) != 0) {
+        throw std::runtime_error("pipe failed");
+    }
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        ::dup2(outPipe[1], 1);
+        ::dup2(errPipe[1], 2);
+        ::close(outPipe[0]);
+        ::close(errPipe[0]);
+        std::vector<char*> args;
+        for (const auto& a : argv) {
+            args.push_back(const_cast<char*>(a.c_str()));
+        }
+        args.push_back(nullptr);
+        ::execv(args[0], args.data());
+        _exit(127);
+    }
+    ::close(outPipe[1]);
+    ::close(errPipe[1]);
+    RunResult result;
+    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    int open = 2;
+    bool killed = false;
+    while (open > 0) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) {
+            ::kill(pid, SIGKILL);
+            killed = true;
+            break;
+        }
+        if (::poll(fds, 2, static_cast<int>(left.count())) <= 0) {
+            continue;
+        }
+        for (int i = 0; i < 2; ++i) {
+            if (fds[i].fd >= 0 && (fds[i].revents & (POLLIN | POLLHUP)) != 0) {
+                char buffer[4096];
+                const ssize_t n = ::read(fds[i].fd, buffer, sizeof buffer);
+                if (n <= 0) {
+                    ::close(fds[i].fd);
+                    fds[i].fd = -1;
+                    --open;
+                } else {
+                    (i == 0 ? result.out : result.err).append(buffer, static_cast<size_t>(n));
+                }
+            }
+        }
+    }
+    for (auto& f : fds) {
+        if (f.fd >= 0) {
+            ::close(f.fd);
+        }
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    result.status = killed ? -1 : waitStatus(status);
+    return result;
+}
+
+EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs)
+    : m_config_dir(configDir.empty() ? makeTempDir("emu") : std::move(configDir)), m_extra(std::move(extraArgs)) {
+    start();
+}
+
+EmulatorProcess::~EmulatorProcess() {
+    if (m_pid > 0) {
+        stop();
+    }
+}
+
+std::string EmulatorProcess::endpoint() const { return "tcp://127.0.0.1:" + std::to_string(m_port); }
+
+void EmulatorProcess::start() {
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        m_port = freeLoopbackPort();
+        std::vector<std::string> argv = {binaryPath("emulator/avmng-emulator"), "--bind", endpoint(), "--config-dir",
+                                         m_config_dir, "--log-level", "1"};
+        argv.insert(argv.end(), m_extra.begin(), m_extra.end());
+        m_pid = ::fork();
+        if (m_pid == 0) {
+            const int null = ::open("/dev/null", O_WRONLY);
+            ::dup2(null, 1);
+            std::vector<char*> args;
+            for (const auto& a : argv) {
+                args.push_back(const_cast<char*>(a.c_str()));
+            }
+            args.push_back(nullptr);
+            ::execv(args[0], args.data());
+            _exit(127);
+        }
+        for (int i = 0; i < 100; ++i) {
+            int status = 0;
+            if (::waitpid(m_pid, &status, WNOHANG) == m_pid) {
+                m_pid = -1;
+                break;  // did not start (port taken meanwhile?): try another port
+            }
+            if (!call(51, Json::Value(), 200).isNull()) {
+                return;
+            }
+        }
+        if (m_pid > 0) {
+            kill9();
+        }
+    }
+    throw std::runtime_error("the emulator did not start");
+}
+
+int EmulatorProcess::stop() {
+    if (m_pid <= 0) {
+        return -1;
+    }
+    ::kill(m_pid, SIGTERM);
+    int status = 0;
+    ::waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    return waitStatus(status);
+}
+
+void EmulatorProcess::kill9() {
+    if (m_pid <= 0) {
+        return;
+    }
+    ::kill(m_pid, SIGKILL);
+    int status = 0;
+    ::waitpid(m_pid, &status, 0);
+    m_pid = -1;
+}
+
+void EmulatorProcess::hangUp() { ::kill(m_pid, SIGHUP); }
+
+std::string EmulatorProcess::callRaw(const std::vector<std::string>& frames, int timeoutMs) const {
+    zmq::socket_t socket(context(), zmq::socket_type::req);
+    socket.set(zmq::sockopt::linger, 0);
+    socket.set(zmq::sockopt::rcvtimeo, timeoutMs);
+    socket.connect(endpoint());
+    for (size_t i = 0; i < frames.size(); ++i) {
+        socket.send(zmq::buffer(frames[i]), i + 1 < frames.size() ? zmq::send_flags::sndmore : zmq::send_flags::none);
+    }
+    zmq::message_t reply;
+    if (!socket.recv(reply, zmq::recv_flags::none)) {
+        return "";
+    }
+    return reply.to_string();
+}
+
+Json::Value EmulatorProcess::call(unsigned id, const Json::Value& request, int timeoutMs) const {
+    std::string idFrame(4, '\0');
+    for (int i = 0; i < 4; ++i) {
+        idFrame[static_cast<size_t>(i)] = static_cast<char>((id >> (8 * i)) & 0xFF);
+    }
+    const std::string text = callRaw({idFrame, request.isNull() ? std::string() : compact(request)}, timeoutMs);
+    return text.empty() ? Json::Value() : parse(text);
+}
+
+std::string compact(const Json::Value& value) {
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    return Json::writeString(builder, value);
+}
+
+Json::Value parse(const std::string& text) {
+    Json::CharReaderBuilder builder;
+    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    Json::Value value;
+    std::string errors;
+    if (!reader->parse(text.data(), text.data() + text.size(), &value, &errors)) {
+        return Json::Value();
+    }
+    return value;
+}
+
+}  // namespace e2e

@@ -1,0 +1,73 @@
+#pragma once
+
+// Runs avmng-emulator as a child process on a free loopback port, for end-to-end tests,
+// and speaks the raw wire protocol to it.
+
+#include <json/json.h>
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace e2e {
+
+std::string binaryPath(const std::string& relative);  // below the build directory
+std::string sourcePath(const std::string& relative);  // below the source directory
+
+// A fresh empty directory under the system's temporary folder.
+std::string makeTempDir(const std::string& tag);
+
+// A TCP port on 127.0.0.1 that nothing listens on at the time of the call.
+int freeLoopbackPort();
+
+struct RunResult {
+    int status = -1;  // exit status, or 128 + signal
+    std::string out;
+    std::string err;
+};
+
+// Runs a program to its end with a time limit (killed after it), capturing its output.
+RunResult run(const std::vector<std::string>& argv, int timeoutMs = 20000);
+
+class EmulatorProcess {
+public:
+    // Starts the emulator with its state in `configDir` (a new temporary directory when
+    // empty) and `extraArgs`; waits until it answers.
+    explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {});
+    ~EmulatorProcess();
+    EmulatorProcess(const EmulatorProcess&) = delete;
+    EmulatorProcess& operator=(const EmulatorProcess&) = delete;
+
+    int port() const { return m_port; }
+    std::string endpoint() const;
+    const std::string& configDir() const { return m_config_dir; }
+    pid_t pid() const { return m_pid; }
+    bool running() const { return m_pid > 0; }
+
+    // SIGTERM and wait; returns the exit status (128 + signal when killed).
+    int stop();
+    // SIGKILL and wait, as a crash would.
+    void kill9();
+    // SIGHUP (reload the advertise folder).
+    void hangUp();
+
+    // One exchange of the raw wire protocol: frame 1 the id (4 bytes little-endian),
+    // frame 2 the compact JSON text (empty when `request` is null). Returns the parsed
+    // reply (null on timeout).
+    Json::Value call(unsigned id, const Json::Value& request = Json::Value(), int timeoutMs = 5000) const;
+    // Sends arbitrary frames and returns the reply text ("" on timeout).
+    std::string callRaw(const std::vector<std::string>& frames, int timeoutMs = 5000) const;
+
+private:
+    void start();
+
+    std::string m_config_dir;
+    std::vector<std::string> m_extra;
+    int m_port = 0;
+    pid_t m_pid = -1;
+};
+
+std::string compact(const Json::Value& value);
+Json::Value parse(const std::string& text);
+
+}  // namespace e2e

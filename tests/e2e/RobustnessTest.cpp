@@ -1,0 +1,192 @@
+// The emulator as a process: malformed input, crashes between save and load, and a
+// second client implementation of the wire protocol.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <random>
+
+#include "EmulatorProcess.h"
+
+using e2e::EmulatorProcess;
+
+namespace {
+
+std::string idFrame(uint32_t id) {
+    std::string frame(4, '\0');
+    for (int i = 0; i < 4; ++i) {
+        frame[static_cast<size_t>(i)] = static_cast<char>((id >> (8 * i)) & 0xFF);
+    }
+    return frame;
+}
+
+Json::Value audioSender(const std::string& name, unsigned channels) {
+    Json::Value doc;
+    doc["name"] = name;
+    Json::Value source;
+    source["codec"] = "L24";
+    source["ptime"] = 1000;
+    source["channel-freq"] = 48000;
+    for (unsigned c = 0; c < channels; ++c) {
+        Json::Value channel;
+        channel["channel"] = c;
+        source["channel-list"].append(channel);
+    }
+    doc["audio-sources"].append(source);
+    return doc;
+}
+
+}  // namespace
+
+TEST(EmulatorRobustness, UnreadableRequestsGetAnErrorReplyAndTheDaemonGoesOn) {
+    EmulatorProcess emulator;
+    struct Case {
+        const char* what;
+        std::vector<std::string> frames;
+    };
+    const std::vector<Case> cases = {
+        {"one frame", {idFrame(5)}},
+        {"three frames", {idFrame(5), "", ""}},
+        {"short id frame", {"ab", ""}},
+        {"unknown id", {idFrame(56), ""}},
+        {"huge id", {idFrame(0xFFFFFFFFu), ""}},
+        {"bad JSON", {idFrame(4), "{\"id\":"}},
+        {"JSON array", {idFrame(4), "[1,2]"}},
+        {"JSON number", {idFrame(4), "42"}},
+        {"wrong kind of id", {idFrame(4), "{\"id\":\"seven\"}"}},
+        {"missing request", {idFrame(4), ""}},
+        {"unknown session", {idFrame(0), "{\"id\":999999}"}},
+        {"session id 0", {idFrame(15), "{\"id\":0}"}},
+        {"position out of range", {idFrame(25), "{\"pos\":11}"}},
+    };
+    for (const auto& c : cases) {
+        const Json::Value reply = e2e::parse(emulator.callRaw(c.frames));
+        ASSERT_TRUE(reply.isObject()) << c.what;
+        ASSERT_TRUE(reply["error"].isObject()) << c.what;
+        EXPECT_LT(reply["error"]["code"].asInt(), 0) << c.what;
+        EXPECT_FALSE(reply["error"]["message"].asString().empty()) << c.what;
+    }
+    EXPECT_EQ(emulator.call(15, Json::Value())["error"]["code"].asInt(), -13);
+    EXPECT_EQ(emulator.callRaw({idFrame(15), "{\"id\":0}"}).find("-14") != std::string::npos, true);
+    EXPECT_EQ(emulator.call(25, [] { Json::Value v; v["pos"] = 11; return v; }())["error"]["code"].asInt(), -8);
+}
+
+TEST(EmulatorRobustness, SurvivesTenThousandMalformedRequestsInARow) {
+    EmulatorProcess emulator;
+    std::mt19937 random(1234);
+    std::uniform_int_distribution<int> byte(0, 255);
+    for (int i = 0; i < 10000; ++i) {
+        std::vector<std::string> frames;
+        switch (i % 5) {
+            case 0:  // random bytes as the only frame
+                frames = {std::string(static_cast<size_t>(1 + i % 7), static_cast<char>(byte(random)))};
+                break;
+            case 1:  // an id that is no command
+                frames = {idFrame(56 + static_cast<uint32_t>(random() % 100000)), "{}"};
+                break;
+            case 2: {  // a valid id with random text
+                std::string text(static_cast<size_t>(1 + i % 40), ' ');
+                for (auto& ch : text) {
+                    ch = static_cast<char>(byte(random));
+                }
+                frames = {idFrame(static_cast<uint32_t>(i % 56)), text};
+                break;
+            }
+            case 3:  // members of the wrong kind
+                frames = {idFrame(static_cast<uint32_t>(i % 56)), "{\"id\":[1],\"pos\":\"x\",\"pause\":3,\"all\":{}}"};
+                break;
+            default:  // too many frames
+                frames = {idFrame(2), "{}", "extra", "more"};
+                break;
+        }
+        const std::string reply = emulator.callRaw(frames, 5000);
+        ASSERT_FALSE(reply.empty()) << "no reply to malformed request " << i;
+    }
+    const Json::Value ids = emulator.call(51);
+    ASSERT_TRUE(ids.isObject());
+    EXPECT_TRUE(ids["senders"].isArray());
+    EXPECT_TRUE(ids["receivers"].isArray());
+    EXPECT_GE(emulator.stop(), 0);
+}
+
+TEST(EmulatorRobustness, SavedConfigurationSurvivesKillBetweenSaveAndLoad) {
+    const std::string dir = e2e::makeTempDir("persist");
+    uint64_t sessionId = 0;
+    {
+        EmulatorProcess emulator(dir);
+        const Json::Value added = emulator.call(2, audioSender("kept", 4));
+        ASSERT_TRUE(added["session-id"].isUInt64()) << e2e::compact(added);
+        sessionId = added["session-id"].asUInt64();
+        Json::Value save;
+        save["pos"] = 3;
+        save["name"] = "before crash";
+        save["startup"] = true;
+        ASSERT_EQ(e2e::compact(emulator.call(9, save)), "{}");
+        Json::Value clear;
+        clear["default"] = true;
+        ASSERT_EQ(e2e::compact(emulator.call(11, clear)), "{}");
+        EXPECT_EQ(emulator.call(51)["senders"].size(), 0u);
+        emulator.kill9();
+    }
+    EmulatorProcess restarted(dir);
+    const Json::Value table = restarted.call(13);
+    ASSERT_EQ(table["list"].size(), 1u) << e2e::compact(table);
+    EXPECT_EQ(table["list"][0]["index"].asUInt(), 3u);
+    EXPECT_EQ(table["list"][0]["name"].asString(), "before crash");
+    EXPECT_EQ(table["startup"].asUInt(), 3u);
+    // The running state at the time of the kill (empty) is what comes back ...
+    EXPECT_EQ(restarted.call(51)["senders"].size(), 0u);
+    // ... and loading position 3 restores the saved session with its id.
+    Json::Value load;
+    load["pos"] = 3;
+    ASSERT_EQ(e2e::compact(restarted.call(11, load)), "{}");
+    const Json::Value ids = restarted.call(51);
+    ASSERT_EQ(ids["senders"].size(), 1u);
+    EXPECT_EQ(ids["senders"][0].asUInt64(), sessionId);
+    // No temporary files are left behind by the atomic writes.
+    const auto listing = e2e::run({"/bin/ls", "-a", dir});
+    EXPECT_EQ(listing.out.find(".tmp"), std::string::npos) << listing.out;
+}
+
+TEST(EmulatorRobustness, RunningSessionsSurviveKill) {
+    const std::string dir = e2e::makeTempDir("running");
+    Json::Value added;
+    {
+        EmulatorProcess emulator(dir);
+        added = emulator.call(2, audioSender("survivor", 2));
+        ASSERT_TRUE(added["session-id"].isUInt64());
+        emulator.kill9();
+    }
+    EmulatorProcess restarted(dir);
+    Json::Value request;
+    request["id"] = added["session-id"];
+    const Json::Value info = restarted.call(15, request);
+    EXPECT_EQ(info["name"].asString(), "survivor");
+    EXPECT_EQ(info["session-list"].size(), 1u);
+    // New sessions get new ids after the restart.
+    const Json::Value second = restarted.call(2, audioSender("next", 2));
+    EXPECT_GT(second["session-id"].asUInt64(), added["session-id"].asUInt64());
+}
+
+TEST(EmulatorRobustness, PythonClientGetsTheSameRepliesAsTheCppClient) {
+    EmulatorProcess emulator;
+    emulator.call(2, audioSender("python", 2));
+    struct Case {
+        unsigned id;
+        const char* request;
+    };
+    const std::vector<Case> cases = {
+        {51, ""}, {13, ""}, {22, ""}, {19, ""}, {15, "{\"id\":1}"}, {0, "{\"id\":1}"}, {4, "{\"id\":424242}"}, {99, ""},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> argv = {"/usr/bin/python3", e2e::sourcePath("tests/e2e/wire_client.py"),
+                                         emulator.endpoint(), std::to_string(c.id)};
+        if (c.request[0] != '\0') {
+            argv.emplace_back(c.request);
+        }
+        const auto python = e2e::run(argv);
+        ASSERT_EQ(python.status, 0) << python.err;
+        const Json::Value cpp = emulator.call(c.id, c.request[0] != '\0' ? e2e::parse(c.request) : Json::Value());
+        EXPECT_EQ(e2e::parse(python.out), cpp) << "command " << c.id;
+    }
+}
