@@ -61,6 +61,9 @@
 #include "pimAvMngApi/device/BitstreamType.h"
 #include "pimAvMngApi/device/BoardModel.h"
 #include "pimAvMngApi/device/BoardModelType.h"
+#include "pimAvMngApi/device/ClockConfig.h"
+#include "pimAvMngApi/device/ClockCounters.h"
+#include "pimAvMngApi/device/ClockStatus.h"
 #include "pimAvMngApi/device/Codec.h"
 
 // sdp
