@@ -61,6 +61,8 @@
 #include "pimAvMngApi/device/BitstreamType.h"
 #include "pimAvMngApi/device/BoardModel.h"
 #include "pimAvMngApi/device/BoardModelType.h"
+#include "pimAvMngApi/device/CfgFileInfo.h"
+#include "pimAvMngApi/device/CfgFileTable.h"
 #include "pimAvMngApi/device/ClockConfig.h"
 #include "pimAvMngApi/device/ClockCounters.h"
 #include "pimAvMngApi/device/ClockStatus.h"
