@@ -9,6 +9,8 @@
 
 #include "AtomicFile.h"
 #include "EmulatorSupport.h"
+#include "pimAvMngApi/device/BoardModel.h"
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/model/VolumeGainApi.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
@@ -87,6 +89,7 @@ Emulator::Emulator(const EmulatorOptions& options) : m_options(options), m_setti
     if (!makeDirectories(m_options.configDir)) {
         throw std::runtime_error("cannot create configuration directory " + m_options.configDir);
     }
+    applyBoard();
     m_files[kDefaultPosition].name = "System Startup";
     loadPersisted();
     reloadAdvertised();
@@ -146,6 +149,43 @@ void Emulator::releaseAdvertisedUse(const EmulatedSession& session) {
             m_advertised.erase(it);
         }
     }
+}
+
+void Emulator::applyBoard() {
+    BoardModelType model = JUNIPER;
+    if (!boardModelTypeFromString(m_options.board, model)) {
+        throw std::runtime_error("unknown board model " + m_options.board);
+    }
+    BitstreamType::module_t module = BitstreamType::MODULE_NA;
+    static const struct {
+        const char* name;
+        BitstreamType::module_t value;
+    } kModules[] = {
+        {"MODULE_SDI_TR04", BitstreamType::MODULE_SDI_TR04},
+        {"MODULE_SDI_ST2110", BitstreamType::MODULE_SDI_ST2110},
+        {"MODULE_HDMI_ST2110", BitstreamType::MODULE_HDMI_ST2110},
+        {"MODULE_SDI_BIDIR_ST2110", BitstreamType::MODULE_SDI_BIDIR_ST2110},
+        {"MODULE_NA", BitstreamType::MODULE_NA},
+    };
+    bool known = false;
+    for (const auto& m : kModules) {
+        if (m_options.module == m.name || m_options.module == BitstreamType::toString(m.value)) {
+            module = m.value;
+            known = true;
+        }
+    }
+    if (!known) {
+        throw std::runtime_error("unknown board module " + m_options.module);
+    }
+    // Normalise the option texts to the enumerator names used for file prefixes.
+    m_options.board = boardModelTypeToString(model);
+    for (const auto& m : kModules) {
+        if (m.value == module) {
+            m_options.module = m.name;
+        }
+    }
+    SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, module));
+    SystemDefaultCfg::getInstance()->setCfgFilePath(m_options.configDir);
 }
 
 // ---- persistence ----

@@ -126,6 +126,7 @@ private:
     Json::Value getDestinationChannelGain(const Request& r);
 
     // Helpers.
+    void applyBoard();
     EmulatedSession& findSession(const Request& r, const char* key = "id");
     uint64_t allocateSessionId();
     uint64_t allocateStreamId();

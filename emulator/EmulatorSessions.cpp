@@ -62,6 +62,12 @@ void Emulator::buildSenderStreams(EmulatedSession& session) {
             if (source.get("network-index", -1).asInt() < 0) {
                 source["network-index"] = 0;
             }
+            if (media == "audio" && source.get("ptime", 0).asUInt() == 0) {
+                source["ptime"] = 1000;
+            }
+            if (media == "audio" && source.get("channel-freq", 0).asUInt() == 0) {
+                source["channel-freq"] = 48000;
+            }
             if (source.get("name", "").asString().empty()) {
                 source["name"] = cfg.get("name", "").asString() + " " + media + " " + std::to_string(index + 1);
             }

@@ -1,6 +1,7 @@
 #include "EmulatorSupport.h"
 
 #include "pimAvMngApi/model/DestinationApi.h"
+#include "pimAvMngApi/model/SourceApi.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 
 namespace emu {
@@ -75,20 +76,16 @@ Json::Value normaliseSourceApi(const Json::Value& doc) {
     if (!doc.isObject()) {
         throw CommandError(kBadRequest, "a session configuration must be a JSON object");
     }
-    for (const char* list : {"audio-sources", "video-sources", "ancillary-sources"}) {
-        if (!doc.isMember(list)) {
-            continue;
-        }
-        if (!doc[list].isArray()) {
-            throw CommandError(kBadRequest, std::string("\"") + list + "\" must be an array");
-        }
-        for (const auto& source : doc[list]) {
-            if (!source.isObject()) {
-                throw CommandError(kBadRequest, std::string("every element of \"") + list + "\" must be an object");
-            }
-        }
+    SourceApi api;
+    Json::Value in = doc;
+    try {
+        api.Deserialize(in);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("session configuration cannot be read: ") + e.what());
     }
-    return doc;
+    Json::Value out;
+    api.Serialize(out);
+    return out;
 }
 
 Json::Value normaliseDestinationApi(const Json::Value& doc) {
