@@ -90,7 +90,8 @@ Emulator::Emulator(const EmulatorOptions& options) : m_options(options), m_setti
         throw std::runtime_error("cannot create configuration directory " + m_options.configDir);
     }
     applyBoard();
-    m_files[kDefaultPosition].name = "System Startup";
+    // The table takes its file paths from the board and directory just set.
+    m_table = CfgFileTable();
     loadPersisted();
     reloadAdvertised();
 }
@@ -190,26 +191,9 @@ void Emulator::applyBoard() {
 
 // ---- persistence ----
 
-std::string Emulator::filePrefix() const {
-    const std::string& b = m_options.board;
-    const std::string& m = m_options.module;
-    if ((b == "JUNIPER" || b == "JUNIPER_QH") && m == "MODULE_HDMI_ST2110") {
-        return "hdmiConfig";
-    }
-    if (b == "JUNIPER" && m == "MODULE_SDI_BIDIR_ST2110") {
-        return "sdiBiDirConfig";
-    }
-    if (b == "DAMSON" && m == "MODULE_SDI_TR04") {
-        return "tr04Config";
-    }
-    return "config";
-}
-
 std::string Emulator::positionPath(unsigned pos) const {
-    if (pos == kDefaultPosition) {
-        return m_options.configDir + "/configSys0.json";
-    }
-    return m_options.configDir + "/" + filePrefix() + std::to_string(pos) + ".json";
+    const CfgFileInfo* info = m_table.getFileInfo(pos);
+    return info != nullptr ? info->m_path : std::string();
 }
 
 Json::Value Emulator::runningDocument() const {
@@ -305,7 +289,7 @@ void Emulator::persistRunning() {
 
 void Emulator::persistTableMeta() {
     Json::Value meta;
-    meta["startup"] = m_startup_pos;
+    meta["startup"] = m_table.getStartupPosition();
     std::string error;
     if (!writeFileAtomically(m_options.configDir + "/startup.json", meta.toStyledString(), error)) {
         Logger::log(2, "emulator: cannot save the start-up position: %s", error.c_str());
@@ -332,27 +316,30 @@ void Emulator::loadPersisted() {
         struct stat st {};
         const std::string path = positionPath(pos);
         if (::stat(path.c_str(), &st) == 0 && parse(path, saved) && saved.isObject()) {
-            m_files[pos].name = saved.get("name", "").asString();
-            m_files[pos].size = static_cast<uint32_t>(st.st_size);
-            Logger::log(5, "emulator: saved configuration %u [%s] found, %u bytes", pos, m_files[pos].name.c_str(),
-                        m_files[pos].size);
+            const std::string name = saved.get("name", "").asString();
+            m_table.setFileInfo(pos, name, static_cast<uint32_t>(st.st_size));
+            Logger::log(5, "emulator: saved configuration %u [%s] found, %u bytes", pos, name.c_str(),
+                        static_cast<unsigned>(st.st_size));
         }
     }
     Json::Value meta;
     if (parse(m_options.configDir + "/startup.json", meta) && meta.isObject()) {
         const unsigned pos = meta.get("startup", kDefaultPosition).asUInt();
-        m_startup_pos = (pos < kDefaultPosition && m_files[pos].size != 0) ? pos : kDefaultPosition;
+        if (pos != kDefaultPosition) {
+            m_table.setStartupPosition(pos);
+        }
     }
     Json::Value running;
     try {
         if (parse(m_options.configDir + "/running.json", running)) {
             restoreRunning(running);
             Logger::log(5, "emulator: running state restored with %zu sessions", m_sessions.size());
-        } else if (m_startup_pos != kDefaultPosition) {
+        } else if (!m_table.isStartupTheDefault()) {
             Json::Value saved;
-            if (parse(positionPath(m_startup_pos), saved)) {
+            const unsigned pos = m_table.getStartupPosition();
+            if (parse(positionPath(pos), saved)) {
                 restoreRunning(saved["running"]);
-                Logger::log(5, "emulator: start-up configuration %u loaded", m_startup_pos);
+                Logger::log(5, "emulator: start-up configuration %u loaded", pos);
             }
         }
     } catch (const CommandError& e) {

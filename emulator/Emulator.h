@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "RequestServer.h"
+#include "pimAvMngApi/device/CfgFileTable.h"
 
 namespace emu {
 
@@ -145,7 +146,6 @@ private:
     void persistRunning();
     void loadPersisted();
     std::string positionPath(unsigned pos) const;
-    std::string filePrefix() const;
     void persistTableMeta();
 
     EmulatorOptions m_options;
@@ -155,13 +155,9 @@ private:
     Json::Value m_settings;       // clock, global, interface settings, gains
     Json::Value m_clock_counters; // counters of the system clock (reset by command 39)
 
-    // Saved configurations: name and size per position, start-up position.
-    struct SavedFile {
-        std::string name;
-        uint32_t size = 0;
-    };
-    SavedFile m_files[11];
-    unsigned m_startup_pos = 10;
+    // Saved configurations: name and size per position, start-up position. The files of
+    // positions 0..9 are the table's paths inside the configuration directory.
+    CfgFileTable m_table;
 
     // Advertised sessions: id -> url, SDP text, in-use mark.
     struct Advertised {

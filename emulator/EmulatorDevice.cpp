@@ -3,6 +3,9 @@
 
 #include "Emulator.h"
 #include "EmulatorSupport.h"
+#include "pimAvMngApi/device/ClockConfig.h"
+#include "pimAvMngApi/device/ClockCounters.h"
+#include "pimAvMngApi/device/ClockStatus.h"
 #include "pimAvMngApi/model/HdmiAudioOffset.h"
 #include "pimAvMngApi/model/InterfaceLoopBack.h"
 #include "pimAvMngApi/model/SdiOffsetList.h"
@@ -15,54 +18,51 @@ namespace emu {
 
 namespace {
 
-bool isLarchBoard(const std::string& board) {
-    return board == "LARCH_MADI" || board == "LARCH_AES1616" || board == "LARCH_ANA88";
-}
-
-Json::Value clockConfigDocument(int ref) {
-    Json::Value c;
-    c["ref-type"] = ref;
-    c["ref-str"] = ref == 4 ? "AUTO - PTP BASED" : ref == 5 ? "AUTO - EXTERNAL REFERENCE" : "";
-    return c;
-}
-
 }  // namespace
 
 // ---- clock ----
 
 Json::Value Emulator::cfgSystemClk(const Request& r) {
-    const Json::Value& doc = requireDocument(r);
-    const Json::Value& ref = doc.isMember("ref-type") ? doc["ref-type"] : Json::Value(4);
-    if (!ref.isUInt()) {
-        throw CommandError(kBadRequest, "\"ref-type\" must be an unsigned integer");
+    Json::Value in = requireDocument(r);
+    ClockConfig wanted;
+    try {
+        wanted.Deserialize(in);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("clock configuration cannot be read: ") + e.what());
     }
-    const unsigned value = ref.asUInt();
-    if (value != 4 && !(value == 5 && isLarchBoard(m_options.board))) {
-        throw CommandError(kValueRefused, "clock reference " + std::to_string(value) + " is not allowed on board " +
-                                              m_options.board);
+    ClockConfig applied;
+    if (applied.setClockReference(wanted.getClockRefType()) != 0) {
+        throw CommandError(kValueRefused, "clock reference " + std::to_string(wanted.getClockRefType()) +
+                                              " is not allowed on board " + m_options.board);
     }
-    m_settings["clock"] = clockConfigDocument(static_cast<int>(value));
+    Json::Value out;
+    applied.Serialize(out);
+    m_settings["clock"] = out;
     persistRunning();
     return emptyReply();
 }
 
 Json::Value Emulator::getSystemClockInfo(const Request&) {
+    ClockConfig config;
+    Json::Value stored = m_settings["clock"];
+    try {
+        config.Deserialize(stored);
+    } catch (const std::exception&) {
+        config = ClockConfig();
+    }
+    const bool external = config.getClockRefType() == ClockConfig::CLOCK_REF_AUTO_EXTERNAL;
+    ClockStatus status;
+    status.setClockInterfaceStatus(ClockStatus::INTERFACE_CLOCK_LOCKED);
+    status.setCurrentClockReference(external ? ClockStatus::CURRENT_REF_EXTERNAL_REFERENCE
+                                             : ClockStatus::CURRENT_REF_PTP_SLAVE);
+    ClockCounters counters;
+    counters.m_current = m_clock_counters.get("current", 512).asUInt();
+    counters.m_min = m_clock_counters.get("min", 508).asUInt();
+    counters.m_max = m_clock_counters.get("max", 516).asUInt();
     Json::Value reply;
-    const Json::Value& clock = m_settings["clock"];
-    reply["config"] = clockConfigDocument(clock.get("ref-type", 4).asInt());
-    const bool external = clock.get("ref-type", 4).asInt() == 5;
-    reply["status"]["system"]["code"] = 0;
-    reply["status"]["system"]["string"] = "LOCKED";
-    reply["status"]["interface"]["code"] = 0;
-    reply["status"]["interface"]["string"] = "LOCKED";
-    reply["status"]["current-ref"]["code"] = external ? 2 : 1;
-    reply["status"]["current-ref"]["string"] = external ? "EXTERNAL REFERENCE" : "PTP SLAVE";
-    Json::Value& cdc = reply["counters"]["cdc"];
-    cdc["current"] = m_clock_counters.get("current", 512).asUInt();
-    cdc["min"] = m_clock_counters.get("min", 508).asUInt();
-    cdc["max"] = m_clock_counters.get("max", 516).asUInt();
-    cdc["underflow-event"] = false;
-    cdc["overflow-event"] = false;
+    config.Serialize(reply["config"]);
+    status.Serialize(reply["status"]);
+    counters.Serialize(reply["counters"]);
     reply["smpte-2059"]["locked"] = !external;
     reply["smpte-2059"]["domain"] = 127;
     return reply;
@@ -95,7 +95,7 @@ Json::Value Emulator::setGlobalConfig(const Request& r) {
 Json::Value Emulator::getUserNotifications(const Request&) {
     UserNotifications notifications;
     notifications.m_running_is_not_saved = !m_sessions.empty();
-    notifications.m_startup_applied = m_startup_pos != 10;
+    notifications.m_startup_applied = !m_table.isStartupTheDefault();
     Json::Value reply;
     notifications.Serialize(reply["notifications"]);
     return reply;
@@ -323,7 +323,7 @@ Json::Value Emulator::getInternalDebugInfo(const Request&) {
     reply["next-session-id"] = Json::UInt64(m_next_session_id);
     reply["next-stream-id"] = Json::UInt64(m_next_stream_id);
     reply["config-dir"] = m_options.configDir;
-    reply["startup"] = m_startup_pos;
+    reply["startup"] = m_table.getStartupPosition();
     return reply;
 }
 

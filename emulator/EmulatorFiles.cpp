@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <ctime>
 
 #include "AtomicFile.h"
@@ -40,14 +41,13 @@ Json::Value Emulator::fileCfgSaveRunning(const Request& r) {
     if (!writeFileAtomically(positionPath(pos), text, error)) {
         throw CommandError(kNotFound, "cannot write the configuration file: " + error);
     }
-    m_files[pos].name = doc["name"].asString();
-    m_files[pos].size = static_cast<uint32_t>(text.size());
+    m_table.setFileInfo(pos, doc["name"].asString(), static_cast<uint32_t>(text.size()));
     if (startup) {
-        m_startup_pos = pos;
+        m_table.setStartupPosition(pos);
     }
     persistTableMeta();
     Logger::log(5, "emulator: running configuration saved at position %u [%s], %zu bytes", pos,
-                m_files[pos].name.c_str(), text.size());
+                doc["name"].asCString(), text.size());
     return emptyReply();
 }
 
@@ -70,9 +70,11 @@ Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
         persistRunning();
         return emptyReply();
     }
-    if (m_files[pos].size == 0) {
+    const CfgFileInfo* info = m_table.getFileInfo(pos);
+    if (info == nullptr || info->m_size == 0) {
         throw CommandError(kNotFound, "position " + std::to_string(pos) + " holds no saved configuration");
     }
+    const std::string name = info->m_name;
     std::string text;
     if (!readWholeFile(positionPath(pos), text)) {
         throw CommandError(kNotFound, "the file of position " + std::to_string(pos) + " cannot be read");
@@ -87,7 +89,7 @@ Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
     restoreRunning(saved["running"]);
     persistRunning();
     Logger::log(5, "emulator: configuration %u [%s] loaded to running with %zu sessions", pos,
-                m_files[pos].name.c_str(), m_sessions.size());
+                name.c_str(), m_sessions.size());
     return emptyReply();
 }
 
@@ -100,34 +102,24 @@ Json::Value Emulator::fileCfgLoadConfiguration(const Request& r) {
 
 Json::Value Emulator::fileCfgGetTable(const Request&) {
     Json::Value reply;
-    reply["list"] = Json::Value();
-    for (unsigned pos = 0; pos <= kDefaultPos; ++pos) {
-        if (m_files[pos].size == 0) {
-            continue;
-        }
-        Json::Value e;
-        e["index"] = pos;
-        e["name"] = m_files[pos].name;
-        e["size"] = m_files[pos].size;
-        reply["list"].append(e);
-    }
-    reply["startup"] = m_startup_pos;
+    m_table.Serialize(reply);
     return reply;
 }
 
 Json::Value Emulator::fileCfgSetStartupPos(const Request& r) {
-    const unsigned pos = requirePosition(r);
-    if (m_files[pos].name.empty() || m_files[pos].size == 0) {
-        if (pos == kDefaultPos) {
-            // The system default is always available as start-up configuration.
-            m_startup_pos = kDefaultPos;
-            persistTableMeta();
-            return emptyReply();
+    const uint64_t pos = requireId(r, "pos");
+    if (pos == kDefaultPos) {
+        // The system start-up configuration is always there to go back to.
+        m_table.setStartupPositiontoDefault();
+    } else {
+        const int rc = m_table.setStartupPosition(static_cast<unsigned>(std::min<uint64_t>(pos, 0xFFFFFFFFu)));
+        if (rc == kEmptyStartup) {
+            throw CommandError(rc, "It is not possible to select an empty config file as startup config.");
         }
-        Logger::log(2, "It is not possible to select an empty config file as startup config.");
-        throw CommandError(kEmptyStartup, "It is not possible to select an empty config file as startup config.");
+        if (rc < 0) {
+            throw CommandError(rc, "position " + std::to_string(pos) + " is out of range 0..10");
+        }
     }
-    m_startup_pos = pos;
     persistTableMeta();
     return emptyReply();
 }
@@ -137,16 +129,14 @@ Json::Value Emulator::fileCfgRemoveConfig(const Request& r) {
     if (pos >= kUserPositions) {
         throw CommandError(kValueRefused, "the system start-up configuration cannot be removed");
     }
-    if (m_files[pos].size == 0) {
+    const CfgFileInfo* info = m_table.getFileInfo(pos);
+    if (info == nullptr || info->m_size == 0) {
         throw CommandError(kNotFound, "position " + std::to_string(pos) + " holds no saved configuration");
     }
     if (::unlink(positionPath(pos).c_str()) != 0) {
         throw CommandError(kNotFound, "the file of position " + std::to_string(pos) + " cannot be removed");
     }
-    m_files[pos] = SavedFile{};
-    if (m_startup_pos == pos) {
-        m_startup_pos = kDefaultPos;
-    }
+    m_table.clearFileInfo(pos);
     persistTableMeta();
     return emptyReply();
 }

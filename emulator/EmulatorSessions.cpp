@@ -321,7 +321,7 @@ Json::Value Emulator::getSessionBasicInfo(const Request& r) {
                                                                       : 0;
     info["remote-sid"] = Json::UInt64(remote);
     info["remote-sid-str"] = std::to_string(remote);
-    info["ptp-domain"] = m_settings["clock"]["ptp"].get("domain", 0).asInt();
+    info["ptp-domain"] = m_settings["global"].get("ptp-domain", 0).asInt();
     info["ptp-gmid"] = "00-1D-C1-FF-FE-12-34-56";
     auto adv = m_advertised.find(remote);
     info["rtsp-url"] = adv != m_advertised.end() ? adv->second.url : "";

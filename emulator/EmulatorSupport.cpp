@@ -202,7 +202,7 @@ Json::Value sessionConfigDocument(const EmulatedSession& session, const Json::Va
     d["version"] = Json::UInt64(session.version);
     d["name"] = session.config.get("name", "");
     d["nmos-id"] = "";
-    d["ptp"]["domain"] = settings["clock"]["ptp"].get("domain", 0);
+    d["ptp"]["domain"] = settings["global"].get("ptp-domain", 0);
     d["ptp"]["gmid"] = "00-1D-C1-FF-FE-12-34-56";
     d["connection"]["remote"] = Json::Value();
     d["connection"]["origin"] = "jsonapi";
@@ -221,10 +221,11 @@ Json::Value sessionConfigDocument(const EmulatedSession& session, const Json::Va
 
 Json::Value defaultSettings() {
     Json::Value s(Json::objectValue);
-    s["clock"]["reference"] = "ptp";
-    s["clock"]["ptp"]["domain"] = 0;
+    s["clock"]["ref-type"] = 4;
+    s["clock"]["ref-str"] = "AUTO - PTP BASED";
     s["global"]["device-name"] = "avmng-emulator";
     s["global"]["mdns"] = true;
+    s["global"]["ptp-domain"] = 0;
     s["sdi-pattern"] = Json::Value(Json::objectValue);
     s["hdmi-pattern"] = Json::Value(Json::objectValue);
     Json::Value offsets(Json::arrayValue);
