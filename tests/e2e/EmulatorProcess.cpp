@@ -180,6 +180,7 @@ void EmulatorProcess::start() {
 }
 
 int EmulatorProcess::stop() {
+    m_socket.reset();
     if (m_pid <= 0) {
         return -1;
     }
@@ -191,6 +192,7 @@ int EmulatorProcess::stop() {
 }
 
 void EmulatorProcess::kill9() {
+    m_socket.reset();
     if (m_pid <= 0) {
         return;
     }
@@ -203,15 +205,18 @@ void EmulatorProcess::kill9() {
 void EmulatorProcess::hangUp() { ::kill(m_pid, SIGHUP); }
 
 std::string EmulatorProcess::callRaw(const std::vector<std::string>& frames, int timeoutMs) const {
-    zmq::socket_t socket(context(), zmq::socket_type::req);
-    socket.set(zmq::sockopt::linger, 0);
-    socket.set(zmq::sockopt::rcvtimeo, timeoutMs);
-    socket.connect(endpoint());
+    if (!m_socket) {
+        m_socket = std::make_unique<zmq::socket_t>(context(), zmq::socket_type::req);
+        m_socket->set(zmq::sockopt::linger, 0);
+        m_socket->connect(endpoint());
+    }
+    m_socket->set(zmq::sockopt::rcvtimeo, timeoutMs);
     for (size_t i = 0; i < frames.size(); ++i) {
-        socket.send(zmq::buffer(frames[i]), i + 1 < frames.size() ? zmq::send_flags::sndmore : zmq::send_flags::none);
+        m_socket->send(zmq::buffer(frames[i]), i + 1 < frames.size() ? zmq::send_flags::sndmore : zmq::send_flags::none);
     }
     zmq::message_t reply;
-    if (!socket.recv(reply, zmq::recv_flags::none)) {
+    if (!m_socket->recv(reply, zmq::recv_flags::none)) {
+        m_socket.reset();
         return "";
     }
     return reply.to_string();

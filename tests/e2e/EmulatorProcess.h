@@ -6,8 +6,10 @@
 #include <json/json.h>
 #include <sys/types.h>
 
+#include <memory>
 #include <string>
 #include <vector>
+#include <zmq.hpp>
 
 namespace e2e {
 
@@ -63,6 +65,9 @@ private:
 
     std::string m_config_dir;
     std::vector<std::string> m_extra;
+    // One REQ socket reused across calls; dropped after a timeout so that the next call
+    // starts a fresh exchange.
+    mutable std::unique_ptr<zmq::socket_t> m_socket;
     int m_port = 0;
     pid_t m_pid = -1;
 };
