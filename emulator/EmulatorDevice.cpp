@@ -6,7 +6,11 @@
 #include "pimAvMngApi/device/ClockConfig.h"
 #include "pimAvMngApi/device/ClockCounters.h"
 #include "pimAvMngApi/device/ClockStatus.h"
+#include "pimAvMngApi/model/AvGlobalCfg.h"
 #include "pimAvMngApi/model/HdmiAudioOffset.h"
+#include "pimAvMngApi/model/SdiVpgData.h"
+#include "pimAvMngApi/model/VideoRefOutputCfg.h"
+#include "pimAvMngApi/model/VtcStatus.h"
 #include "pimAvMngApi/model/InterfaceLoopBack.h"
 #include "pimAvMngApi/model/SdiOffsetList.h"
 #include "pimAvMngApi/model/UserNotifications.h"
@@ -63,8 +67,10 @@ Json::Value Emulator::getSystemClockInfo(const Request&) {
     config.Serialize(reply["config"]);
     status.Serialize(reply["status"]);
     counters.Serialize(reply["counters"]);
-    reply["smpte-2059"]["locked"] = !external;
-    reply["smpte-2059"]["domain"] = 127;
+    VtcStatus vtc;
+    vtc.m_locked = !external;
+    vtc.m_master_locking_status = external ? VtcStatus::FREE_RUN : VtcStatus::WARM_LOCKED;
+    vtc.Serialize(reply["smpte-2059"]);
     return reply;
 }
 
@@ -84,10 +90,21 @@ Json::Value Emulator::getGlobalConfig(const Request&) {
 }
 
 Json::Value Emulator::setGlobalConfig(const Request& r) {
+    // Members not given keep their value: the request is read over the current settings.
+    Json::Value merged = m_settings["global"];
     const Json::Value& global = requireObjectMember(r, "global");
     for (const auto& key : global.getMemberNames()) {
-        m_settings["global"][key] = global[key];
+        merged[key] = global[key];
     }
+    AvGlobalCfg config;
+    try {
+        config.Deserialize(merged);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("\"global\" cannot be read: ") + e.what());
+    }
+    Json::Value out;
+    config.Serialize(out);
+    m_settings["global"] = out;
     persistRunning();
     return emptyReply();
 }
@@ -186,12 +203,15 @@ Json::Value Emulator::setHdmiAudioOffset(const Request& r) {
 
 Json::Value Emulator::getSdiVpgInfo(const Request&) {
     Json::Value reply;
-    for (int port = 0; port < 2; ++port) {
+    const Json::Value& pattern = m_settings["sdi-pattern"];
+    for (uint8_t port = 0; port < 2; ++port) {
+        SdiVpgData data;
+        data.m_port = port;
+        data.m_enable = !pattern.empty();
+        data.m_pattern = pattern.get("pattern", "colorbars").asString();
+        data.m_video_mode = data.m_enable ? pattern.get("video_mode", "1080p50").asString() : "NA";
         Json::Value e;
-        e["port"] = port;
-        e["enable"] = !m_settings["sdi-pattern"].empty();
-        e["pattern"] = m_settings["sdi-pattern"].get("pattern", "colorbars");
-        e["video_mode"] = m_settings["sdi-pattern"].get("video_mode", "1080p50");
+        data.Serialize(e);
         reply["sdi-vpg-info"].append(e);
     }
     return reply;
@@ -226,10 +246,20 @@ Json::Value Emulator::getVideoReferenceCfg(const Request&) {
 }
 
 Json::Value Emulator::setVideoReferenceCfg(const Request& r) {
+    Json::Value merged = m_settings["video-ref"];
     const Json::Value& ref = requireObjectMember(r, "video-ref");
     for (const auto& key : ref.getMemberNames()) {
-        m_settings["video-ref"][key] = ref[key];
+        merged[key] = ref[key];
     }
+    VideoRefOutputCfg config;
+    try {
+        config.Deserialize(merged);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("\"video-ref\" cannot be read: ") + e.what());
+    }
+    Json::Value out;
+    config.Serialize(out);
+    m_settings["video-ref"] = out;
     persistRunning();
     return emptyReply();
 }

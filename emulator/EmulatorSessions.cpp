@@ -432,23 +432,59 @@ Json::Value Emulator::getSessionInternalStatus(const Request& r) {
 
 Json::Value Emulator::getChannelUsageTable(const Request& r) {
     const bool full = optionalBool(r, "full", false);
-    Json::Value list(Json::arrayValue);
+    // One table per interface that a stream uses; with "full", every channel of it.
+    std::map<std::string, Json::Value> tables;
     for (const auto& [id, s] : m_sessions) {
         for (const auto& stream : s.streams) {
-            const Json::Value& channels = stream["channel-list"];
-            if (!full && (!channels.isArray() || channels.empty())) {
-                continue;
+            for (const auto& channel : stream["channel-list"]) {
+                const Json::Value iface = channel.isMember("interface") ? channel["interface"] : Json::Value();
+                const unsigned index = channel.get("interface-index", 0).asUInt();
+                const std::string key = compactText(iface) + "/" + std::to_string(index);
+                Json::Value& table = tables[key];
+                if (table.isNull()) {
+                    if (iface.isNull()) {
+                        table["interface"]["type"] = 12;
+                        table["interface"]["string"] = "auto";
+                    } else {
+                        table["interface"] = iface;
+                    }
+                    table["interface-index"] = index;
+                    table["num-channels"] = 64;
+                    table["channels"] = Json::Value(Json::arrayValue);
+                }
+                Json::Value used;
+                used["channel"] = channel.get("channel", 0).asUInt();
+                used["used"] = true;
+                used["session-id"] = Json::UInt64(id);
+                used["stream-id"] = stream.get("id", 0);
+                used["class"] = stream.get("class", "sender");
+                table["channels"].append(used);
             }
-            Json::Value e;
-            e["session-id"] = Json::UInt64(id);
-            e["stream-id"] = stream.get("id", 0);
-            e["class"] = stream.get("class", "sender");
-            e["channel-list"] = channels.isArray() ? channels : Json::Value(Json::arrayValue);
-            list.append(e);
         }
     }
     Json::Value reply;
-    reply["list"] = list;
+    reply["list"] = Json::Value(Json::arrayValue);
+    for (auto& [key, table] : tables) {
+        if (full) {
+            Json::Value all(Json::arrayValue);
+            for (unsigned c = 0; c < table["num-channels"].asUInt(); ++c) {
+                Json::Value entry;
+                entry["channel"] = c;
+                entry["used"] = false;
+                entry["session-id"] = 0;
+                entry["stream-id"] = 0;
+                entry["class"] = "";
+                for (const auto& used : table["channels"]) {
+                    if (used["channel"].asUInt() == c) {
+                        entry = used;
+                    }
+                }
+                all.append(entry);
+            }
+            table["channels"] = all;
+        }
+        reply["list"].append(table);
+    }
     return reply;
 }
 

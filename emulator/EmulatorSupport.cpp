@@ -1,6 +1,8 @@
 #include "EmulatorSupport.h"
 
+#include "pimAvMngApi/model/AvGlobalCfg.h"
 #include "pimAvMngApi/model/DestinationApi.h"
+#include "pimAvMngApi/model/VideoRefOutputCfg.h"
 #include "pimAvMngApi/model/SourceApi.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 
@@ -62,6 +64,8 @@ void refuseWithUserMessages(int code, const std::string& what) {
 }
 
 Json::Value emptyReply() { return Json::Value(Json::objectValue); }
+
+std::string compactText(const Json::Value& value) { return renderReply(value); }
 
 std::string dotted(uint32_t address) {
     return std::to_string((address >> 24) & 0xFF) + "." + std::to_string((address >> 16) & 0xFF) + "." +
@@ -223,9 +227,9 @@ Json::Value defaultSettings() {
     Json::Value s(Json::objectValue);
     s["clock"]["ref-type"] = 4;
     s["clock"]["ref-str"] = "AUTO - PTP BASED";
-    s["global"]["device-name"] = "avmng-emulator";
-    s["global"]["mdns"] = true;
-    s["global"]["ptp-domain"] = 0;
+    AvGlobalCfg global;
+    global.m_device_name = "avmng-emulator";
+    global.Serialize(s["global"]);
     s["sdi-pattern"] = Json::Value(Json::objectValue);
     s["hdmi-pattern"] = Json::Value(Json::objectValue);
     Json::Value offsets(Json::arrayValue);
@@ -239,8 +243,9 @@ Json::Value defaultSettings() {
     s["sdi-offsets"] = offsets;
     s["hdmi-audio-offset"]["hdmi-audio-offset"] = 0;
     s["loopback"] = Json::Value(Json::arrayValue);
-    s["video-ref"]["source"] = "ptp";
-    s["video-ref"]["format"] = "1080p50";
+    VideoRefOutputCfg videoRef;
+    videoRef.m_format = "1080p50";
+    videoRef.Serialize(s["video-ref"]);
     s["source-gains"] = Json::Value(Json::objectValue);
     s["destination-gains"] = Json::Value(Json::objectValue);
     s["alarms"] = Json::Value(Json::arrayValue);

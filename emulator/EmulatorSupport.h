@@ -25,6 +25,7 @@ const Json::Value& requireDocument(const Request& r);
 // collector (which is emptied), appended to `what`.
 [[noreturn]] void refuseWithUserMessages(int code, const std::string& what);
 Json::Value emptyReply();
+std::string compactText(const Json::Value& value);
 std::string dotted(uint32_t address);
 bool addressUnset(const Json::Value& v);
 
