@@ -1,6 +1,11 @@
 #include "EmulatorSupport.h"
 
+#include <memory>
+
+#include "pimAvMngApi/model/AncillaryStreamData.h"
+#include "pimAvMngApi/model/AudioStreamData.h"
 #include "pimAvMngApi/model/AvGlobalCfg.h"
+#include "pimAvMngApi/model/VideoStreamData.h"
 #include "pimAvMngApi/model/DestinationApi.h"
 #include "pimAvMngApi/model/VideoRefOutputCfg.h"
 #include "pimAvMngApi/model/SourceApi.h"
@@ -197,7 +202,23 @@ Json::Value senderStreamDocument(const Json::Value& source, const std::string& m
         s["packet-size"] = 66;
         s["l1-bandwidth"] = Json::UInt64(1000000);
     }
-    return s;
+    // Written back through the stream record, so the document is exactly what clients read.
+    std::unique_ptr<StreamData> record;
+    if (media == "audio") {
+        record = std::make_unique<AudioStreamData>();
+    } else if (media == "video") {
+        record = std::make_unique<VideoStreamData>();
+    } else {
+        record = std::make_unique<AncillaryStreamData>();
+    }
+    try {
+        record->Deserialize(s);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, std::string("stream cannot be described: ") + e.what());
+    }
+    Json::Value out;
+    record->Serialize(out);
+    return out;
 }
 
 Json::Value sessionConfigDocument(const EmulatedSession& session, const Json::Value& settings) {
