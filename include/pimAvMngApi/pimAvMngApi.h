@@ -8,6 +8,7 @@
 #include "pimAvMngApi/platform/AlarmSeverity.h"
 #include "pimAvMngApi/platform/ChannelId.h"
 #include "pimAvMngApi/platform/ChannelList.h"
+#include "pimAvMngApi/platform/ClientJsonApi.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/ErrorReport.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
@@ -79,3 +80,5 @@
 // adv
 
 // api
+#include "pimAvMngApi/api/Aes67Commands.h"
+#include "pimAvMngApi/api/AvMngApiJson.h"

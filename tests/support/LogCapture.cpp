@@ -3,8 +3,10 @@
 LogCapture::LogCapture(int threshold) : m_previous_threshold(Logger::getInstance()->getThreshold()) {
     ErrorAuxMsg::getInstance()->clear();
     Logger::getInstance()->setThreshold(threshold);
-    Logger::getInstance()->setSink(
-        [this](int level, const std::string& line) { m_lines.push_back(Line{level, line}); });
+    Logger::getInstance()->setSink([this](int level, const std::string& line) {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_lines.push_back(Line{level, line});
+    });
 }
 
 LogCapture::~LogCapture() {

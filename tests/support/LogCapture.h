@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,7 +9,8 @@
 #include "pimAvMngApi/platform/Logger.h"
 
 // Captures every Logger line (all levels) while in scope and clears the user-message
-// collector, restoring the default output and threshold afterwards.
+// collector, restoring the default output and threshold afterwards. Lines may arrive from
+// several threads; read them once those threads are done.
 class LogCapture {
 public:
     struct Line {
@@ -32,5 +34,6 @@ public:
 
 private:
     int m_previous_threshold;
+    std::mutex m_mutex;
     std::vector<Line> m_lines;
 };

@@ -1,0 +1,159 @@
+#include "support/FakeDaemon.h"
+
+#include <utility>
+
+#include "platform/IpcWire.h"
+
+FakeDaemon::Action FakeDaemon::Action::reply(const Json::Value& document) {
+    Action a;
+    a.kind = Kind::Reply;
+    a.document = document;
+    return a;
+}
+
+FakeDaemon::Action FakeDaemon::Action::raw(const std::string& text) {
+    return rawFrames({text});
+}
+
+FakeDaemon::Action FakeDaemon::Action::rawFrames(std::vector<std::string> frames) {
+    Action a;
+    a.kind = Kind::Raw;
+    a.frames = std::move(frames);
+    return a;
+}
+
+FakeDaemon::Action FakeDaemon::Action::silent() {
+    Action a;
+    a.kind = Kind::Silent;
+    return a;
+}
+
+FakeDaemon::FakeDaemon(uint16_t port) : m_context(1), m_socket(m_context, zmq::socket_type::router) {
+    m_socket.set(zmq::sockopt::linger, 0);
+    m_socket.bind(port == 0 ? std::string("tcp://127.0.0.1:*") : "tcp://127.0.0.1:" + std::to_string(port));
+    m_endpoint = m_socket.get(zmq::sockopt::last_endpoint);
+    m_port = static_cast<uint16_t>(std::stoul(m_endpoint.substr(m_endpoint.rfind(':') + 1)));
+    m_thread = std::thread([this] { serve(); });
+}
+
+FakeDaemon::~FakeDaemon() {
+    m_stop = true;
+    m_thread.join();
+    m_socket.close();
+}
+
+void FakeDaemon::replyWith(const Json::Value& document) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_default_reply = document;
+}
+
+void FakeDaemon::onRequest(Handler handler) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_handler = std::move(handler);
+}
+
+void FakeDaemon::queue(Action action) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_script.push_back(std::move(action));
+}
+
+void FakeDaemon::silentFor(size_t requests) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    for (size_t i = 0; i < requests; ++i) {
+        m_script.push_back(Action::silent());
+    }
+}
+
+std::vector<FakeDaemon::Request> FakeDaemon::requests() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_requests;
+}
+
+size_t FakeDaemon::requestCount() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_requests.size();
+}
+
+bool FakeDaemon::waitForRequests(size_t count, std::chrono::milliseconds limit) const {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_arrived.wait_for(lock, limit, [&] { return m_requests.size() >= count; });
+}
+
+void FakeDaemon::clearRequests() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_requests.clear();
+}
+
+FakeDaemon::Action FakeDaemon::answerFor(const Request& request) {
+    Handler handler;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_script.empty()) {
+            Action next = std::move(m_script.front());
+            m_script.pop_front();
+            return next;
+        }
+        if (!m_handler) {
+            return Action::reply(m_default_reply);
+        }
+        handler = m_handler;
+    }
+    // The handler runs without the lock so that it may inspect the daemon.
+    return handler(request);
+}
+
+void FakeDaemon::serve() {
+    while (!m_stop) {
+        zmq::pollitem_t item{m_socket.handle(), 0, ZMQ_POLLIN, 0};
+        zmq::poll(&item, 1, std::chrono::milliseconds(10));
+        if ((item.revents & ZMQ_POLLIN) == 0) {
+            continue;
+        }
+        // Envelope: identity, empty delimiter; then the request body.
+        std::vector<std::string> frames;
+        zmq::message_t part;
+        do {
+            if (!m_socket.recv(part, zmq::recv_flags::dontwait)) {
+                break;
+            }
+            frames.emplace_back(part.to_string());
+        } while (part.more());
+        if (frames.size() < 2 || !frames[1].empty()) {
+            continue;  // not from a REQ client
+        }
+        const std::string identity = frames[0];
+
+        Request request;
+        request.frameCount = frames.size() - 2;
+        if (request.frameCount >= 1) {
+            request.idFrame = frames[2];
+            IpcWire::decodeCommandId(frames[2].data(), frames[2].size(), request.commandId);
+        }
+        if (request.frameCount >= 2) {
+            request.documentText = frames[3];
+            request.hasDocument = !request.documentText.empty();
+            request.documentIsJson = IpcWire::parseDocument(request.documentText.data(),
+                                                            request.documentText.size(), request.document);
+        }
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_requests.push_back(request);
+        }
+        m_arrived.notify_all();
+
+        const Action action = answerFor(request);
+        if (action.kind == Action::Kind::Silent) {
+            continue;
+        }
+        std::vector<std::string> body =
+            action.kind == Action::Kind::Reply
+                ? std::vector<std::string>{IpcWire::renderDocument(action.document)}
+                : action.frames;
+        m_socket.send(zmq::buffer(identity), zmq::send_flags::sndmore);
+        m_socket.send(zmq::message_t(), body.empty() ? zmq::send_flags::none : zmq::send_flags::sndmore);
+        for (size_t i = 0; i < body.size(); ++i) {
+            m_socket.send(zmq::buffer(body[i]),
+                          i + 1 < body.size() ? zmq::send_flags::sndmore : zmq::send_flags::none);
+        }
+    }
+}

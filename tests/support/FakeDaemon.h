@@ -1,0 +1,99 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+#include <zmq.hpp>
+
+// A daemon for tests: a real ZeroMQ endpoint on loopback, served by its own thread and
+// its own context, that records every request and answers from a script.
+//
+//   FakeDaemon daemon;                        // binds tcp://127.0.0.1:<free port>
+//   daemon.replyWith(jsonOf("{\"id\":7}"));   // default answer
+//   daemon.silentFor(1);                      // the next request gets no answer
+//   TestJsonApi api;  api.connectTo(ctx, daemon);
+//   api.getSourceSessionList(reply);
+//   daemon.requests()[0].commandId == 5
+//
+// The socket is a ROUTER speaking the REP envelope itself (identity, empty delimiter,
+// body), which to a REQ client is the same as a REP socket, but lets the daemon leave
+// a request unanswered and still serve the next one.
+//
+// Answer of each request, first match wins: the next queued action, the handler set by
+// onRequest(), the default reply (an empty object until replyWith() changes it).
+class FakeDaemon {
+public:
+    struct Request {
+        uint32_t commandId = 0;    // decoded from frame 1 (0 when frame 1 is not 4 bytes)
+        std::string idFrame;       // frame 1 as received
+        size_t frameCount = 0;     // frames of the request body
+        bool hasDocument = false;  // frame 2 present and not empty
+        std::string documentText;  // frame 2 as received
+        Json::Value document;      // frame 2 parsed; null when empty or not JSON
+        bool documentIsJson = false;
+    };
+
+    struct Action {
+        enum class Kind { Reply, Raw, Silent };
+        Kind kind = Kind::Reply;
+        Json::Value document;             // Reply: sent as compact JSON text
+        std::vector<std::string> frames;  // Raw: sent frame by frame as they are
+
+        static Action reply(const Json::Value& document);
+        static Action raw(const std::string& text);
+        static Action rawFrames(std::vector<std::string> frames);
+        static Action silent();
+    };
+    using Handler = std::function<Action(const Request&)>;
+
+    // Binds 127.0.0.1 on a free port, or on `port` when not 0 (to restart a daemon on
+    // the port a client already uses). Throws zmq::error_t when binding fails.
+    explicit FakeDaemon(uint16_t port = 0);
+    ~FakeDaemon();
+    FakeDaemon(const FakeDaemon&) = delete;
+    FakeDaemon& operator=(const FakeDaemon&) = delete;
+
+    const std::string& endpoint() const { return m_endpoint; }
+    uint16_t port() const { return m_port; }
+
+    void replyWith(const Json::Value& document);
+    void onRequest(Handler handler);
+    void queue(Action action);
+    void queueReply(const Json::Value& document) { queue(Action::reply(document)); }
+    void silentFor(size_t requests);
+    void sendNonJson(const std::string& text = "this is not JSON") { queue(Action::raw(text)); }
+
+    std::vector<Request> requests() const;
+    size_t requestCount() const;
+    // Waits until at least `count` requests have arrived; false when `limit` passes first.
+    bool waitForRequests(size_t count, std::chrono::milliseconds limit) const;
+    void clearRequests();
+
+private:
+    void serve();
+    Action answerFor(const Request& request);
+
+    zmq::context_t m_context;
+    zmq::socket_t m_socket;
+    std::string m_endpoint;
+    uint16_t m_port = 0;
+
+    mutable std::mutex m_mutex;
+    mutable std::condition_variable m_arrived;
+    std::vector<Request> m_requests;
+    std::deque<Action> m_script;
+    Handler m_handler;
+    Json::Value m_default_reply{Json::objectValue};
+
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+};
