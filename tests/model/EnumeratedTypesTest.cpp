@@ -128,18 +128,6 @@ TEST(EnumeratedTypes, TributaryReadsTypeAndIndex) {
     EXPECT_EQ(out["tributary"]["type"].asString(), "none");
 }
 
-TEST(EnumeratedTypes, TextSettersAcceptOnlyTheirWords) {
-    RedundantType r(1);
-    EXPECT_EQ(r.fromString("backup"), -8);
-    EXPECT_EQ(r.get(), 1);
-    EXPECT_EQ(r.fromString("secondary"), 0);
-    EXPECT_EQ(r.toString(), "secondary");
-    TributaryType t;
-    EXPECT_EQ(t.fromString("MULTI-2SI"), 0);
-    EXPECT_EQ(t.fromString("MULTI-2si"), -8);
-    EXPECT_EQ(t.get(), 1);
-}
-
 TEST(EnumeratedTypes, DaifTypeDefaultsAndRoundTrip) {
     DaifType d(3, "sdi");
     Json::Value empty = parse("{}");

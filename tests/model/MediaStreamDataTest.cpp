@@ -12,12 +12,6 @@
 
 namespace {
 
-Json::Value writtenDoc(const IJsonSerializable& r) {
-    Json::Value out;
-    r.Serialize(out);
-    return out;
-}
-
 TEST(MediaStreamData, PacketSizesWithAndWithoutVlan) {
     struct Row {
         StreamData* stream;

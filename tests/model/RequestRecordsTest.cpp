@@ -11,12 +11,6 @@
 
 namespace {
 
-std::string written(const IJsonSerializable& r) {
-    Json::Value out;
-    r.Serialize(out);
-    return jsonText(out);
-}
-
 TEST(DestinationApi, DefaultsAndAsymmetricReadWrite) {
     DestinationApi d;
     EXPECT_EQ(written(d), jsonText(jsonOf(R"({"session-id":0,"name":"","link-offset":0,"user-sdp":"",

@@ -9,12 +9,6 @@
 
 namespace {
 
-Json::Value writtenDoc(const IJsonSerializable& r) {
-    Json::Value out;
-    r.Serialize(out);
-    return out;
-}
-
 TEST(AudioSource, CodecTimeAndFrequency) {
     struct Row {
         const char* doc;

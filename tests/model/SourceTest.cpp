@@ -9,12 +9,6 @@
 
 namespace {
 
-std::string written(const IJsonSerializable& r) {
-    Json::Value out;
-    r.Serialize(out);
-    return jsonText(out);
-}
-
 const char* kDefaultSource =
     R"({"name":"","transport":"0.0.0.0","source-ip":"0.0.0.0","udp":-1,"dscp":-1,"ttl":64,
     "payload-type":98,"link-offset":0,"media-clk-offset":0,"network-index":-1,"channel-list":[],"id":0,

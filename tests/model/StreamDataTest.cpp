@@ -9,12 +9,6 @@
 
 namespace {
 
-std::string written(const IJsonSerializable& r) {
-    Json::Value out;
-    r.Serialize(out);
-    return jsonText(out);
-}
-
 TEST(StreamData, MacParsing) {
     struct Row {
         const char* text;

@@ -15,12 +15,6 @@
 
 namespace {
 
-std::string written(const IJsonSerializable& r) {
-    Json::Value out;
-    r.Serialize(out);
-    return jsonText(out);
-}
-
 // Reads `doc` into a record prepared by `make` and returns what it writes back.
 template <typename T>
 struct Row {

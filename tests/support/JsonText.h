@@ -26,4 +26,16 @@ inline std::string jsonText(const Json::Value& v) {
     return Json::writeString(b, v);
 }
 
+// What a record writes into a fresh document, as a document and as one-line text.
+template <typename R>
+Json::Value writtenDoc(const R& record) {
+    Json::Value out;
+    record.Serialize(out);
+    return out;
+}
+template <typename R>
+std::string written(const R& record) {
+    return jsonText(writtenDoc(record));
+}
+
 #define EXPECT_JSON_EQ(actual, expectedText) EXPECT_EQ(jsonText(actual), jsonText(jsonOf(expectedText)))
