@@ -6,13 +6,19 @@
 
 #include "pimAvMngApi/platform/Logger.h"
 
+// The signature text of the lines; a layer may define its own spelling before
+// including this header.
+#ifndef PIMAV_SIGNATURE
+#define PIMAV_SIGNATURE __PRETTY_FUNCTION__
+#endif
+
 // Evaluates `expr` (an int result); a negative result is logged as a CHK line at
 // level 2 and returned from the enclosing function.
 #define PIMAV_CHK(expr)                                                                              \
     do {                                                                                             \
         const int pimav_chk_result_ = (expr);                                                        \
         if (pimav_chk_result_ < 0) {                                                                 \
-            Logger::log(2, "CHK(%s)::%d Error Code %d", __PRETTY_FUNCTION__, __LINE__, pimav_chk_result_); \
+            Logger::log(2, "CHK(%s)::%d Error Code %d", PIMAV_SIGNATURE, __LINE__, pimav_chk_result_); \
             return pimav_chk_result_;                                                                \
         }                                                                                            \
     } while (0)
@@ -23,7 +29,7 @@
         try {                                                                                       \
             stmt;                                                                                   \
         } catch (...) {                                                                             \
-            Logger::log(2, "TRY_SERIALIZE(%s)::%d Error serializing JSON", __PRETTY_FUNCTION__, __LINE__); \
+            Logger::log(2, "TRY_SERIALIZE(%s)::%d Error serializing JSON", PIMAV_SIGNATURE, __LINE__); \
             return -13;                                                                             \
         }                                                                                           \
     } while (0)
@@ -34,7 +40,7 @@
         try {                                                                                       \
             stmt;                                                                                   \
         } catch (...) {                                                                             \
-            Logger::log(2, "TRY_DESERIALIZE(%s)::%d Error deserializing JSON", __PRETTY_FUNCTION__, \
+            Logger::log(2, "TRY_DESERIALIZE(%s)::%d Error deserializing JSON", PIMAV_SIGNATURE, \
                         __LINE__);                                                                  \
             return -13;                                                                             \
         }                                                                                           \

@@ -81,4 +81,5 @@
 
 // api
 #include "pimAvMngApi/api/Aes67Commands.h"
+#include "pimAvMngApi/api/AvMngApi.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
