@@ -236,10 +236,10 @@ void VideoFormat::Serialize(Json::Value& out) const {
 }
 
 void VideoFormat::Deserialize(Json::Value& in) {
-    if (!in.isObject()) {
-        return;
+    if (!in.isObject() && !in.isNull()) {
+        return;  // a number, text or array where the object belongs: keep the record
     }
-    const Json::Value& doc = in;  // const access never inserts members
+    const Json::Value& doc = in;  // const access never inserts members; null reads as {}
     VideoFormat read;
     const Json::Value& format = doc["format"];
     if (format.isInt()) {

@@ -61,8 +61,9 @@
 // Deserialize starts from the format of "format" (0 when missing; when "format" is
 // missing or not a number, "name" is looked up instead), then overrides each detail
 // that is present, then settles the code from the details. A member of the wrong JSON
-// kind counts as missing, an unknown code or rate text gives no format, and input
-// that is not an object leaves the record unchanged: reading never throws.
+// kind counts as missing, an unknown code or rate text gives no format, null (an absent
+// nested object) reads like {}, and any other input that is not an object leaves the
+// record unchanged: reading never throws.
 class VideoFormat : public IJsonSerializable {
 public:
     enum video_format_t : int32_t {
