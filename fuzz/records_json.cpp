@@ -72,6 +72,15 @@ void feedAll(const Json::Value& doc) {
     roundTrip(doc, SessionConfigData());
     roundTrip(doc, SessionBasicInfo());
     roundTrip(doc, SdiData());
+    roundTrip(doc, VideoFormat());
+    roundTrip(doc, VideoFormat(VideoFormat::VIDEO_FORMAT_1080I59_94));
+    roundTrip(doc, Codec());
+    roundTrip(doc, BitstreamType());
+    roundTrip(doc, BoardModel(JUNIPER, BitstreamType::MODULE_HDMI_ST2110));
+    roundTrip(doc, ClockConfig());
+    roundTrip(doc, ClockStatus());
+    roundTrip(doc, ClockCounters());
+    roundTrip(doc, CfgFileTable());
     Json::Value request = doc;
     for (unsigned command = 51; command <= 56; ++command) {
         VolumeGainApi::Validate(request, command);
