@@ -76,6 +76,12 @@
 #include "pimAvMngApi/device/Codec.h"
 
 // sdp
+#include "pimAvMngApi/sdp/SdpConverter.h"
+#include "pimAvMngApi/sdp/SdpGroup.h"
+#include "pimAvMngApi/sdp/SdpMedia.h"
+#include "pimAvMngApi/sdp/SdpMediaRtpMap.h"
+#include "pimAvMngApi/sdp/SdpSession.h"
+#include "pimAvMngApi/sdp/SdpSessionTime.h"
 
 // adv
 

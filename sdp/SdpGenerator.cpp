@@ -1,0 +1,219 @@
+// SdpSession -> SDP text (standard and Dante-compatible forms) and the converter's
+// accessors.
+
+#include <cmath>
+#include <cstdint>
+#include <string>
+
+#include "platform/ChkLog.h"
+#include "pimAvMngApi/platform/Logger.h"
+#include "pimAvMngApi/sdp/SdpConverter.h"
+#include "sdp/SdpBoard.h"
+#include "sdp/SdpText.h"
+
+using sdptext::appendFormat;
+using sdptext::IpText;
+
+namespace {
+
+// Float to unsigned as the device's Arm core converts: truncation toward zero,
+// saturating at the limits, NaN giving 0.
+unsigned int saturatingUnsigned(float value) {
+    if (!(value > 0.0f)) {
+        return 0;
+    }
+    if (value >= 4294967296.0f) {
+        return 0xFFFFFFFFu;
+    }
+    return static_cast<unsigned int>(value);
+}
+
+}  // namespace
+
+int SdpConverter::getSdpString(std::string* out) const {
+    PIMAV_CHK_NULL(out, "getSdpString");
+    *out = m_sdp;
+    return 0;
+}
+
+int SdpConverter::getSdpConfig(SdpSession& out) const {
+    out = m_session;
+    return 0;
+}
+
+int SdpConverter::setSdpConfig(SdpSession& session) {
+    m_session = session;
+    PIMAV_CHK(generateSdp(&session));
+    return 0;
+}
+
+int SdpConverter::generateSdp(SdpSession* session) {
+    Logger::log(5, "SDP:: generating SDP from media session internal configuration");
+    PIMAV_CHK_NULL(session, "generateSdp");
+    m_session = *session;
+    return generateSdpString();
+}
+
+int SdpConverter::generateSdpString() {
+    std::string text;
+    text.reserve(512 + 512 * m_session.m_media.size());
+    generateSdpHeader(text);
+    const bool isDup = m_session.m_media.size() >= 2;
+    int result = 0;
+    for (SdpMedia& media : m_session.m_media) {
+        const int mediaResult = generateSessionMedia(text, media, isDup);
+        if (mediaResult < 0 && result == 0) {
+            result = mediaResult;
+        }
+    }
+    m_sdp = std::move(text);
+    return result;
+}
+
+int SdpConverter::generateSdpHeader(std::string& out) {
+    appendFormat(out, "v=%d\n", m_session.m_protocol_version);
+    appendFormat(out, "o=%s %llu %llu IN IP4 %s\n", m_session.m_user_name.c_str(),
+                 static_cast<unsigned long long>(m_session.m_session_id),
+                 static_cast<unsigned long long>(m_session.m_session_version), IpText(m_session.m_local_ip).c_str());
+    out += "s=";
+    out += m_session.m_info;
+    out += '\n';
+    appendFormat(out, "t=%u %u\n", m_session.m_time.m_start, m_session.m_time.m_stop);
+    if (m_session.m_media.size() >= 2) {
+        out += "a=group:DUP";
+        for (const SdpMedia& media : m_session.m_media) {
+            out += ' ';
+            out += media.m_group;
+        }
+        out += '\n';
+    }
+    return 0;
+}
+
+int SdpConverter::generateSessionMedia(std::string& out, SdpMedia& media, bool isDup) {
+    const int firstPayloadType = media.m_rtp_maps.empty() ? 0 : media.m_rtp_maps[0].m_payload_type;
+    if (media.m_type == SdpMedia::AUDIO) {
+        appendFormat(out, "m=audio %u %s", media.m_udp_port, media.m_protocol.c_str());
+        for (const SdpMediaRtpMap& map : media.m_rtp_maps) {
+            appendFormat(out, " %d", map.m_payload_type);
+        }
+        out += '\n';
+    } else if (media.m_type == SdpMedia::VIDEO) {
+        appendFormat(out, "m=video %u RTP/AVP %d\n", media.m_udp_port, firstPayloadType);
+    }
+    if (!media.m_info.empty()) {
+        out += "i=";
+        out += media.m_info;
+        out += '\n';
+    }
+    const IpText transport(media.m_transport_ip);
+    appendFormat(out, "c=IN IP4 %s/%d\n", transport.c_str(), media.m_ttl);
+    appendFormat(out, "a=clock-domain:PTPv2 %d\n", media.m_ptp_domain);
+    appendFormat(out, "a=ts-refclk:ptp=IEEE1588-2008:%s:%d\n", media.m_ptp_gm_id.c_str(), media.m_ptp_domain);
+    appendFormat(out, "a=mediaclk:direct=%u\n", media.m_media_clock);
+    appendFormat(out, "a=source-filter: incl IN IP4 %s %s\n", transport.c_str(), IpText(media.m_local_ip).c_str());
+
+    if (media.m_type == SdpMedia::VIDEO) {
+        VideoFormat::video_field_rate_t fieldRate{};
+        unsigned int width = 0;
+        unsigned int height = 0;
+        bool interlaced = false;
+        PIMAV_CHK(media.m_video.getVideoDetails(fieldRate, width, height, interlaced));
+        if (sdpboard::isDamsonTr04()) {
+            appendFormat(out, "a=rtpmap:%d SMPTE2022-6/27000000\n", firstPayloadType);
+        } else {
+            appendFormat(out, "a=rtpmap:%d raw/90000\n", firstPayloadType);
+        }
+        std::string frameRate;
+        PIMAV_CHK(media.m_video.getExactFramerateString(frameRate));
+        appendFormat(out, "a=fmtp:%d sampling=%s; width=%u; height=%u; exactframerate=%s; depth=%u; colorimetry=%s",
+                     firstPayloadType, media.m_sampling.c_str(), width, height, frameRate.c_str(), media.m_depth,
+                     media.m_colorimetry.c_str());
+        out += "; PM=";
+        out += media.m_packing_mode;
+        out += "; TP=";
+        out += media.m_sender_type;
+        out += "; SSN=ST2110-20:2017";
+        if (interlaced) {
+            out += "; interlace=1";
+        }
+        out += "; \n";
+    } else if (media.m_type == SdpMedia::AUDIO) {
+        for (SdpMediaRtpMap& map : media.m_rtp_maps) {
+            generateSessionMediaRtpMap(out, map);
+        }
+        appendFormat(out, "a=framecount:%d\n", media.m_number_samples);
+        const unsigned int micros = saturatingUnsigned(media.m_ptime * 1000.0f);
+        char ptime[64];
+        std::snprintf(ptime, sizeof(ptime), (micros % 1000 == 0) ? "%.0f" : "%.3f",
+                      static_cast<double>(media.m_ptime));
+        Logger::log(7, "SDP: ptime=%f => %s", static_cast<double>(media.m_ptime), ptime);
+        out += "a=ptime:";
+        out += ptime;
+        out += '\n';
+        if (sdpboard::writesChannelOrder()) {
+            for (const SdpMediaRtpMap& map : media.m_rtp_maps) {
+                if (map.m_number_channels == 8) {
+                    appendFormat(out, "a=fmtp:%d channel-order=SMPTE2110.(SGRP,SGRP)\n", map.m_payload_type);
+                } else {
+                    appendFormat(out, "a=fmtp:%d channel-order=SMPTE2110.(U%02d)\n", map.m_payload_type,
+                                 map.m_number_channels);
+                }
+            }
+        }
+    }
+    if (isDup && !media.m_group.empty()) {
+        out += "a=mid:";
+        out += media.m_group;
+        out += '\n';
+    }
+    return 0;
+}
+
+int SdpConverter::generateSessionMediaRtpMap(std::string& out, SdpMediaRtpMap& map) {
+    char line[1000];
+    std::snprintf(line, sizeof(line), "a=rtpmap:%d %s/%d/%d\n", map.m_payload_type, map.m_codec.toString().c_str(),
+                  static_cast<int>(map.m_channel_freq), map.m_number_channels);
+    out += line;
+    return 0;
+}
+
+int SdpConverter::generateDanteSdp(std::string& out) {
+    out.clear();
+    if (m_session.m_media.empty() || m_session.m_media[0].m_rtp_maps.empty()) {
+        Logger::log(2, "SDP:: Dante SDP needs one media description with one rtpmap");
+        return -1;
+    }
+    const SdpMedia& media = m_session.m_media[0];
+    const SdpMediaRtpMap& map = media.m_rtp_maps[0];
+    const IpText transport(media.m_transport_ip);
+    appendFormat(out, "v=%d\r\n", m_session.m_protocol_version);
+    appendFormat(out, "o=%s %llu %llu IN IP4 %s\r\n", m_session.m_user_name.c_str(),
+                 static_cast<unsigned long long>(m_session.m_session_id),
+                 static_cast<unsigned long long>(m_session.m_session_version), IpText(m_session.m_local_ip).c_str());
+    out += "s=";
+    out += m_session.m_info;
+    out += "\r\n";
+    appendFormat(out, "c=IN IP4 %s/%d\r\n", transport.c_str(), media.m_ttl);
+    appendFormat(out, "t=%u %u\r\n", m_session.m_time.m_start, m_session.m_time.m_stop);
+    appendFormat(out, "m=audio %u %s %d\r\n", media.m_udp_port, media.m_protocol.c_str(), map.m_payload_type);
+    out += "i=";
+    for (unsigned int channel = 0; channel < map.m_number_channels; ++channel) {
+        appendFormat(out, channel == 0 ? "channel_%u" : ",channel_%u", channel);
+    }
+    out += "\r\n";
+    appendFormat(out, "a=clock-domain:PTPv2 %d\r\n", media.m_ptp_domain);
+    appendFormat(out, "a=ts-refclk:ptp=IEEE1588-2008:%s:%d\r\n", media.m_ptp_gm_id.c_str(), media.m_ptp_domain);
+    appendFormat(out, "a=mediaclk:direct=%u\r\n", media.m_media_clock);
+    appendFormat(out, "a=source-filter: incl IN IP4 %s %s\r\n", transport.c_str(), IpText(media.m_local_ip).c_str());
+    appendFormat(out, "a=rtpmap:%d %s/%u/%d\r\n", map.m_payload_type, map.m_codec.toString().c_str(),
+                 map.m_channel_freq, map.m_number_channels);
+    appendFormat(out, "a=framecount:%d\r\n", media.m_number_samples);
+    appendFormat(out, "a=ptime:%.4f\r\n", static_cast<double>(media.m_ptime));
+    return 0;
+}
+
+int SdpConverter::generateManualSessionSdp(std::string& text) {
+    m_sdp.assign(text.c_str());
+    return 0;
+}
