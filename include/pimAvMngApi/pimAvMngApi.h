@@ -84,6 +84,10 @@
 #include "pimAvMngApi/sdp/SdpSessionTime.h"
 
 // adv
+#include "pimAvMngApi/adv/AdvSessionEntry.h"
+#include "pimAvMngApi/adv/AdvSessions.h"
+#include "pimAvMngApi/adv/AdvSessionsDb.h"
+#include "pimAvMngApi/adv/AdvertisementState.h"
 
 // api
 #include "pimAvMngApi/api/Aes67Commands.h"
