@@ -1,5 +1,6 @@
 #include "support/FakeDaemon.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "platform/IpcWire.h"
@@ -105,7 +106,14 @@ FakeDaemon::Action FakeDaemon::answerFor(const Request& request) {
 void FakeDaemon::serve() {
     while (!m_stop) {
         zmq::pollitem_t item{m_socket.handle(), 0, ZMQ_POLLIN, 0};
-        zmq::poll(&item, 1, std::chrono::milliseconds(10));
+        try {
+            zmq::poll(&item, 1, std::chrono::milliseconds(10));
+        } catch (const zmq::error_t& e) {
+            if (e.num() == EINTR) {
+                continue;
+            }
+            throw;
+        }
         if ((item.revents & ZMQ_POLLIN) == 0) {
             continue;
         }
