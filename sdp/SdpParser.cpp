@@ -614,13 +614,17 @@ int SdpConverter::parseSdpMedia(SdpMedia* media, std::vector<std::string>* lines
                 const std::string destination = line.substr(destBegin, space == npos ? npos : space - destBegin);
                 const std::string source = (space == npos) ? std::string() : line.substr(space + 1);
                 if (sdptext::parseIp(destination.c_str(), media->m_transport_ip)) {
-                    Logger::log(7, "::Destination IP found::%s", sdptext::IpText(media->m_transport_ip).c_str());
+                    if (Logger::isEnabled(7)) {
+                        Logger::log(7, "::Destination IP found::%s", sdptext::IpText(media->m_transport_ip).c_str());
+                    }
                 } else {
                     Logger::log(2, "Error parsing IP [%s]: invalid IP address", destination.c_str());
                     Logger::log(5, "::Destination IP found but it is invalid: [%s]", destination.c_str());
                 }
                 if (sdptext::parseIp(source.c_str(), media->m_local_ip)) {
-                    Logger::log(7, "::Source IP found::%s", sdptext::IpText(media->m_local_ip).c_str());
+                    if (Logger::isEnabled(7)) {
+                        Logger::log(7, "::Source IP found::%s", sdptext::IpText(media->m_local_ip).c_str());
+                    }
                 } else {
                     Logger::log(2, "Error parsing IP [%s]: invalid IP address", source.c_str());
                     Logger::log(5, "::Source IP found but it is invalid: [%s]", source.c_str());
