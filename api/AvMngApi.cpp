@@ -225,6 +225,15 @@ int AvMngApi::getDestinationSessionList(SessionStreamList* list) {
     return 0;
 }
 
+int AvMngApi::getAdvertisedSessionList(AdvSessionsDb* db) {
+    PIMAV_CHK_NULL(db, "getAdvertisedSessionList");
+    Json::Value reply;
+    PIMAV_CHK(jsonApi.getAdvertisedSessionList(reply));
+    PIMAV_TRY_DESERIALIZE(db->Deserialize(reply["list"]));
+    PIMAV_TRACE_OUT(reply);
+    return 0;
+}
+
 int AvMngApi::pauseResumeSession(session_id_t id, bool pause) {
     Json::Value request;
     Json::Value reply;

@@ -23,6 +23,7 @@ TEST_F(TypedApiTest, NullPointerArgumentsSendNothing) {
         {"getSessionCfg", [](AvMngApi& a) { return a.getSessionCfg(1, nullptr); }},
         {"getSourceSessionList", [](AvMngApi& a) { return a.getSourceSessionList(nullptr); }},
         {"getDestinationSessionList", [](AvMngApi& a) { return a.getDestinationSessionList(nullptr); }},
+        {"getAdvertisedSessionList", [](AvMngApi& a) { return a.getAdvertisedSessionList(nullptr); }},
         {"fileCfgSaveRunning", [](AvMngApi& a) { return a.fileCfgSaveRunning(1, nullptr, false); }},
         {"fileCfgGetTable", [](AvMngApi& a) { return a.fileCfgGetTable(nullptr); }},
         {"cfgSystemClock", [](AvMngApi& a) { return a.cfgSystemClock(nullptr); }},

@@ -18,6 +18,7 @@ TEST_F(TypedApiTest, SessionRequestsHaveTheirCommandKeysAndKinds) {
     std::string sdp;
     SessionBasicInfo info;
     SessionStreamList list;
+    AdvSessionsDb db;
     std::list<unsigned long long> ids;
     std::list<SessionConfigData> streams;
     checkShapes({
@@ -35,6 +36,7 @@ TEST_F(TypedApiTest, SessionRequestsHaveTheirCommandKeysAndKinds) {
         {"getSessionBasicInfo", [&](AvMngApi& a) { return a.getSessionBasicInfo(6, &info); }, 15, doc(R"({"id":6})")},
         {"getSourceSessionList", [&](AvMngApi& a) { return a.getSourceSessionList(&list); }, 5, nullptr},
         {"getDestinationSessionList", [&](AvMngApi& a) { return a.getDestinationSessionList(&list); }, 6, nullptr},
+        {"getAdvertisedSessionList", [&](AvMngApi& a) { return a.getAdvertisedSessionList(&db); }, 7, nullptr},
         {"pauseResumeSession", [](AvMngApi& a) { return a.pauseResumeSession(9, true); }, 23,
          doc(R"({"id":9,"pause":true})")},
         {"getResourceAllocatedIds", [&](AvMngApi& a) { return a.getResourceAllocatedIds(ids, ids); }, 51, nullptr,

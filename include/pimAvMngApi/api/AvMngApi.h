@@ -7,6 +7,7 @@
 #include <string>
 #include <zmq.hpp>
 
+#include "pimAvMngApi/adv/AdvSessionsDb.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
 #include "pimAvMngApi/device/CfgFileTable.h"
 #include "pimAvMngApi/device/ClockConfig.h"
@@ -99,6 +100,8 @@ public:
     // Commands 5 and 6: the reply's "list" is read into *list.
     int getSourceSessionList(SessionStreamList* list);
     int getDestinationSessionList(SessionStreamList* list);
+    // Command 7: the reply's "list" is read into *db.
+    int getAdvertisedSessionList(AdvSessionsDb* db);
     // Command 23: {"id", "pause"}.
     int pauseResumeSession(session_id_t id, bool pause);
     // Command 51: the ids of the reply's "senders" and "receivers" are appended.
