@@ -83,9 +83,11 @@ void Ssrc::Deserialize(Json::Value& in) {
             }
         }
     } else if (!in.isNull()) {
-        const uint32_t value = in.asUInt();
+        // A bare number is the value itself, chosen by session id. The selection is set
+        // first, so a text or array in its place still leaves "session-id" behind when
+        // asUInt throws.
         m_type = SESSION_ID;
-        m_value = value;
+        m_value = in.asUInt();
     }
 }
 

@@ -112,6 +112,12 @@ TEST(TransportTypes, VlanUdpRtpReading) {
                  {R"({"sscr":{"value":-1}})", nullptr},
                  {R"({"ssrc":[1]})", R"({"payload-type":98,"sscr":{"type":"manual","value":9}})"},
              });
+    // A bare value that is no number switches the selection before asUInt throws.
+    Rtp partial = rtp();
+    Json::Value bad = jsonOf(R"({"payload-type":7,"sscr":"abc"})");
+    EXPECT_ANY_THROW(partial.Deserialize(bad));
+    EXPECT_EQ(partial.m_payload_type, 7);
+    EXPECT_EQ(partial.m_ssrc, Ssrc(Ssrc::SESSION_ID, 9));
 }
 
 TEST(TransportTypes, SessionConnectionInfoCatchesItsOwnErrors) {
