@@ -1,7 +1,7 @@
 #include "pimAvMngApi/api/AvMngApiJson.h"
 
 #include "pimAvMngApi/platform/IpcMsg.h"
-#include "platform/ChkLog.h"
+#include "api/AvMngApiTrace.h"
 
 AvMngApiJson::AvMngApiJson() : ClientJsonApi(), ipcPort(kDefaultIpcPort), ipcHost("127.0.0.1") {}
 

@@ -232,7 +232,7 @@ TEST(AvMngApiJson, FailingInitLogsOneChkPerLevelAndKeepsHost) {
     const auto chk = chkLines(capture);
     ASSERT_EQ(chk.size(), 2u);
     expectChkLine(chk[0], "int AvMngApiJson::init(zmq::context_t&)", ClientJsonApi::kErrConnect);
-    expectChkLine(chk[1], "int AvMngApiJson::init(zmq::context_t&, std::string&)",
+    expectChkLine(chk[1], "int AvMngApiJson::init(zmq::context_t&, std::__cxx11::string&)",
                   ClientJsonApi::kErrConnect);
 
     capture.clear();
