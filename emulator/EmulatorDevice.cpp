@@ -156,7 +156,7 @@ Json::Value Emulator::setSdiOffsets(const Request& r) {
         throw CommandError(kBadRequest, "request needs the array \"sdi-offsets\"");
     }
     SdiOffsetList list;
-    Json::Value in = doc;
+    Json::Value in = doc["sdi-offsets"];
     try {
         list.Deserialize(in);
     } catch (const std::exception& e) {
@@ -164,7 +164,7 @@ Json::Value Emulator::setSdiOffsets(const Request& r) {
     }
     Json::Value normalised;
     list.Serialize(normalised);
-    for (const auto& offset : normalised["sdi-offsets"]) {
+    for (const auto& offset : normalised) {
         const int port = offset.get("sdi-port", 0).asInt();
         bool replaced = false;
         for (auto& existing : m_settings["sdi-offsets"]) {

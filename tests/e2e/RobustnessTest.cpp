@@ -7,6 +7,7 @@
 #include <random>
 
 #include "EmulatorProcess.h"
+#include "pimAvMngApi/api/AvMngApiJson.h"
 
 using e2e::EmulatorProcess;
 
@@ -171,6 +172,13 @@ TEST(EmulatorRobustness, RunningSessionsSurviveKill) {
 TEST(EmulatorRobustness, PythonClientGetsTheSameRepliesAsTheCppClient) {
     EmulatorProcess emulator;
     emulator.call(2, audioSender("python", 2));
+    // The library's client, with a short reply limit, pointed at the emulator.
+    struct Client : AvMngApiJson {
+        int getClientTimeout() override { return 5000; }
+    } client;
+    client.ipcPort = static_cast<uint32_t>(emulator.port());
+    zmq::context_t context(1);
+    ASSERT_EQ(client.init(context), 0);
     struct Case {
         unsigned id;
         const char* request;
@@ -186,7 +194,9 @@ TEST(EmulatorRobustness, PythonClientGetsTheSameRepliesAsTheCppClient) {
         }
         const auto python = e2e::run(argv);
         ASSERT_EQ(python.status, 0) << python.err;
-        const Json::Value cpp = emulator.call(c.id, c.request[0] != '\0' ? e2e::parse(c.request) : Json::Value());
+        IpcMsg msg = c.request[0] != '\0' ? IpcMsg(c.id, e2e::parse(c.request)) : IpcMsg(c.id);
+        Json::Value cpp;
+        ASSERT_EQ(client.sendMessage(msg, cpp), 0) << "command " << c.id;
         EXPECT_EQ(e2e::parse(python.out), cpp) << "command " << c.id;
     }
 }

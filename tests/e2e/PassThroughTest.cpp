@@ -1,0 +1,212 @@
+// Every pass-through method of the JSON layer against the emulator process, over
+// ZeroMQ on loopback: each command is sent with a request the emulator accepts and its
+// reply is checked for the member that command answers with.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "EmulatorProcess.h"
+#include "pimAvMngApi/api/AvMngApiJson.h"
+
+using e2e::EmulatorProcess;
+
+namespace {
+
+class E2eJsonApi : public AvMngApiJson {
+public:
+    int getClientTimeout() override { return 5000; }
+};
+
+Json::Value doc(const std::string& text) { return e2e::parse(text); }
+
+class PassThrough : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_emulator = new EmulatorProcess("", {"--advertise", e2e::sourcePath("examples/advertised")});
+        s_context = new zmq::context_t(1);
+        s_api = new E2eJsonApi();
+        s_api->ipcPort = static_cast<uint32_t>(s_emulator->port());
+        ASSERT_EQ(s_api->init(*s_context), 0);
+        Json::Value reply;
+        ASSERT_EQ(s_api->addSourceSession(
+                      doc(R"({"name":"e2e","audio-sources":[{"codec":"L24","ptime":1000,"channel-freq":48000,
+                              "channel-list":[{"channel":0},{"channel":1}]}]})"),
+                      reply),
+                  0);
+        s_sender = reply["session-id"].asUInt64();
+        ASSERT_NE(s_sender, 0u) << e2e::compact(reply);
+    }
+    static void TearDownTestSuite() {
+        delete s_api;
+        delete s_context;
+        delete s_emulator;
+    }
+
+    static EmulatorProcess* s_emulator;
+    static zmq::context_t* s_context;
+    static E2eJsonApi* s_api;
+    static uint64_t s_sender;
+};
+
+EmulatorProcess* PassThrough::s_emulator = nullptr;
+zmq::context_t* PassThrough::s_context = nullptr;
+E2eJsonApi* PassThrough::s_api = nullptr;
+uint64_t PassThrough::s_sender = 0;
+
+struct Row {
+    unsigned id;
+    // Builds the request from the sender session's id ("" for reply-only commands).
+    std::function<std::string(uint64_t)> request;
+    // Calls the pass-through method.
+    std::function<int(AvMngApiJson&, Json::Value&, Json::Value&)> call;
+    // Member the reply must hold ("" for an empty object).
+    const char* member;
+};
+
+std::string withId(uint64_t id) { return "{\"id\":" + std::to_string(id) + "}"; }
+
+#define REQ(method) [](AvMngApiJson& a, Json::Value& q, Json::Value& r) { return a.method(q, r); }
+#define REP(method) [](AvMngApiJson& a, Json::Value&, Json::Value& r) { return a.method(r); }
+#define NONE [](uint64_t) { return std::string(); }
+#define FIXED(text) [](uint64_t) { return std::string(text); }
+
+const std::vector<Row>& rows() {
+    static const std::vector<Row> table = {
+        {0, withId, REQ(getSessionSdp), "sdp"},
+        {5, NONE, REP(getSourceSessionList), "list"},
+        {6, NONE, REP(getDestinationSessionList), "list"},
+        {7, NONE, REP(getAdvertisedSessionList), "list"},
+        {8, [](uint64_t id) { return "{\"session-id\":" + std::to_string(id) +
+                                     ",\"name\":\"renamed\",\"audio-sources\":[{\"codec\":\"L16\"}]}"; },
+         REQ(updateSession), ""},
+        {9, FIXED(R"({"pos":2,"name":"table row","startup":false})"), REQ(fileCfgSaveRunning), ""},
+        {10, NONE, REP(fileCfgGetRunning), "running"},
+        {13, NONE, REP(fileCfgGetTable), "startup"},
+        {11, FIXED(R"({"pos":2})"), REQ(fileCfgLoadCfgToRunning), ""},
+        {12, [](uint64_t) { return std::string(R"({"running":{"sessions":[]}})"); }, REQ(fileCfgLoadConfiguration), ""},
+        {2, FIXED(R"({"name":"again","audio-sources":[{"channel-list":[{"channel":3}]}]})"), REQ(addSourceSession),
+         "session-id"},
+        {14, FIXED(R"({"name":"manual","audio-sources":[{"transport":"239.1.2.3","udp":5004}]})"),
+         REQ(addDestinationSessionManually), "session-id"},
+        {16, FIXED(R"({"full":true})"), REQ(getChannelUsageTable), "list"},
+        {17, NONE, REP(getDigitalInterfaces), "list"},
+        {18, NONE, REP(getWebServices), "list"},
+        {19, NONE, REP(getCodecs), "list"},
+        {20, FIXED(R"({"all":true})"), REQ(getSessionTPCStatistics), "tpc"},
+        {21, FIXED(R"({"ref-type":4})"), REQ(cfgSystemClk), ""},
+        {22, NONE, REP(getSystemClockInfo), "status"},
+        {24, NONE, REP(getAlarmStatus), "global"},
+        {25, FIXED(R"({"pos":10})"), REQ(fileCfgSetStartupPos), ""},
+        {27, NONE, REP(getGlobalConfig), "global"},
+        {28, FIXED(R"({"global":{"device-name":"e2e"}})"), REQ(setGlobalConfig), ""},
+        {29, FIXED(R"({"sdi":{"pattern":"ramp"}})"), REQ(setSdiPatternGeneratorConfig), ""},
+        {30, FIXED(R"({"hdmi":{"pattern":"ramp"}})"), REQ(setHdmiPatternGeneratorConfig), ""},
+        {31, NONE, REP(getSdiInterfaceInfo), "sdi"},
+        {32, NONE, REP(getSdiOffsets), "sdi-offsets"},
+        {33, FIXED(R"({"sdi-offsets":[{"sdi-port":1,"video-offset":5,"audio-offset":6}]})"), REQ(setSdiOffsets), ""},
+        {34, NONE, REP(getHdmiAudioOffset), "hdmi-audio-offset"},
+        {35, FIXED(R"({"hdmi-audio-offset":12})"), REQ(setHdmiAudioOffset), ""},
+        {37, NONE, REP(getSdiVpgInfo), "sdi-vpg-info"},
+        {39, NONE, REP(resetSystemClockCounters), ""},
+        {40, NONE, REP(getUserNotifications), "notifications"},
+        {41, NONE, REP(getTdmCfgOptions), "modes"},
+        {43, FIXED(R"({"enable":true,"interface":{"type":1,"string":"sdi"}})"), REQ(setInterfaceLoopBackMode), ""},
+        {44, NONE, REP(getAudioCfgOptions), "codec"},
+        {45, NONE, REP(getVideoReferenceCfg), "video-ref"},
+        {46, FIXED(R"({"video-ref":{"format":"1080i50"}})"), REQ(setVideoReferenceCfg), ""},
+        {47, NONE, REP(getDefaultConfigurationParams), "board"},
+        {48, NONE, REP(getInternalDebugInfo), "sessions"},
+        {50, NONE, REP(getListOfExistingStreams), "list"},
+        {51, NONE, REP(getResourceAllocatedIds), "senders"},
+        {53, FIXED(R"({"channel-list":[{"channel-gain":0.5,"position":1,"mute":false}]})"),
+         REQ(setDestinationChannelGain), ""},
+        {55, FIXED(R"({"channel-list":[{"position":1}]})"), REQ(getDestinationChannelGain), "channel-list"},
+        {26, FIXED(R"({"pos":2})"), REQ(fileCfgRemoveConfig), ""},
+    };
+    return table;
+}
+
+// Commands that need a live session: run against a fresh sender each time.
+const std::vector<Row>& sessionRows() {
+    static const std::vector<Row> table = {
+        {15, withId, REQ(getSessionBasicInfo), "session-list"},
+        {23, [](uint64_t id) { return "{\"id\":" + std::to_string(id) + ",\"pause\":true}"; },
+         REQ(pauseResumeSession), ""},
+        {36, withId, REQ(getSessionCounters), "streams"},
+        {38, [](uint64_t id) {
+             return "{\"id\":" + std::to_string(id) +
+                    ",\"clear_fifo_levels\":true,\"clear_counters\":false,\"clear_pending\":false}";
+         },
+         REQ(getSessionInternalStatus), "state"},
+        {49, [](uint64_t id) { return "{\"id\":" + std::to_string(id) + ",\"channel-list\":[{\"channel\":0}]}"; },
+         REQ(disconnectChannels), "disconnected"},
+        {52, [](uint64_t id) {
+             return "{\"session-id\":" + std::to_string(id) +
+                    ",\"channel-list\":[{\"channel-gain\":2.0,\"position\":0,\"mute\":true}]}";
+         },
+         REQ(setSourceChannelGain), ""},
+        {54, [](uint64_t id) { return "{\"session-id\":" + std::to_string(id) + "}"; }, REQ(getSourceChannelGain),
+         "channel-list"},
+        {4, withId, REQ(removeSession), ""},
+    };
+    return table;
+}
+
+void runRow(AvMngApiJson& api, const Row& row, uint64_t session) {
+    const std::string text = row.request(session);
+    Json::Value request = text.empty() ? Json::Value() : doc(text);
+    Json::Value reply;
+    ASSERT_EQ(row.call(api, request, reply), 0) << "command " << row.id;
+    ASSERT_TRUE(reply.isObject()) << "command " << row.id;
+    EXPECT_FALSE(reply.isMember("error")) << "command " << row.id << ": " << e2e::compact(reply);
+    if (row.member[0] == '\0') {
+        EXPECT_TRUE(reply.empty()) << "command " << row.id << ": " << e2e::compact(reply);
+    } else {
+        EXPECT_TRUE(reply.isMember(row.member)) << "command " << row.id << ": " << e2e::compact(reply);
+    }
+}
+
+}  // namespace
+
+TEST_F(PassThrough, EveryDeviceCommandIsAnswered) {
+    for (const auto& row : rows()) {
+        runRow(*s_api, row, s_sender);
+    }
+}
+
+TEST_F(PassThrough, EverySessionCommandIsAnswered) {
+    Json::Value reply;
+    ASSERT_EQ(s_api->addSourceSession(doc(R"({"name":"rows","audio-sources":[{"channel-list":[{"channel":0}]}]})"),
+                                      reply),
+              0);
+    const uint64_t id = reply["session-id"].asUInt64();
+    for (const auto& row : sessionRows()) {
+        runRow(*s_api, row, id);
+    }
+}
+
+TEST_F(PassThrough, TableCoversEveryPassThroughMethod) {
+    std::set<unsigned> ids;
+    for (const auto& row : rows()) {
+        ids.insert(row.id);
+    }
+    for (const auto& row : sessionRows()) {
+        ids.insert(row.id);
+    }
+    ids.insert(3);  // a receiver of an advertised stream: AdvertisedTest.cpp
+    EXPECT_EQ(ids.size(), 54u);
+    EXPECT_EQ(ids.count(1), 0u);
+    EXPECT_EQ(ids.count(42), 0u);
+}
+
+TEST_F(PassThrough, GainRequestsAreValidated) {
+    Json::Value request = doc(R"({"channel-list":[{"channel-gain":"loud","position":1,"mute":false}]})");
+    Json::Value reply;
+    ASSERT_EQ(s_api->setDestinationChannelGain(request, reply), 0);
+    EXPECT_EQ(reply["error"]["code"].asInt(), -13);
+    EXPECT_EQ(reply["error"]["user-messages"][0].asString(), "'channel-gain' field at node '0' isn't a floating point number.");
+    request = doc(R"({"channel-list":[]})");
+    ASSERT_EQ(s_api->getSourceChannelGain(request, reply = Json::Value()), 0);
+    EXPECT_EQ(reply["error"]["user-messages"][0].asString(), "Must specify the session-ID for this command");
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+// Pieces of avmngctl: the client subclass with the user's endpoint and time limit, the
+// command-name table, and the typed verbs.
+
+#include <json/json.h>
+
+#include <ostream>
+#include <stdexcept>
+#include <string>
+
+#include "pimAvMngApi/api/AvMngApiJson.h"
+
+namespace ctl {
+
+// A failed verb: the one-line message and the exit status (1 for a refused request or a
+// transport failure, 2 for bad usage).
+class Failure : public std::runtime_error {
+public:
+    // `code` negative: a result code, printed with its meaning; exit status 1.
+    // `code` 2: bad usage, exit status 2.
+    Failure(int code, const std::string& detail);
+    int exitStatus() const { return m_status; }
+
+private:
+    int m_status;
+};
+
+// Meaning of a library or transport result code.
+std::string describeCode(int code);
+
+// The JSON layer with the endpoint and reply time limit taken from the command line.
+class CtlJsonApi : public AvMngApiJson {
+public:
+    CtlJsonApi(const std::string& host, uint32_t port, int timeoutMs);
+    int getClientTimeout() override { return m_timeout_ms; }
+    int init(zmq::context_t& context);
+    int lastError();
+
+    // Sends command `id` through its pass-through method (ids 1 and 42, which have none,
+    // through the transport directly). Throws Failure on a transport failure or when the
+    // reply carries an "error" member; returns the reply.
+    Json::Value call(unsigned id, Json::Value& request, bool hasRequest);
+
+private:
+    int m_timeout_ms;
+};
+
+// Command id of a decimal number, a method name (getSessionSdp) or an enum name
+// (AES67_GET_SESSION_SDP); -1 when unknown.
+int commandIdOf(const std::string& text);
+void printCommands(std::ostream& out);
+
+std::string renderJson(const Json::Value& value, bool pretty);
+bool readFile(const std::string& path, std::string& text);
+bool parseJson(const std::string& text, Json::Value& doc, std::string& errors);
+
+// Typed verbs.
+void printSessions(CtlJsonApi& api, std::ostream& out);
+void printAdvertised(CtlJsonApi& api, std::ostream& out);
+Json::Value addSource(CtlJsonApi& api, const Json::Value& document);
+Json::Value addDestination(CtlJsonApi& api, const Json::Value& document);
+void printClock(CtlJsonApi& api, std::ostream& out);
+void printFiles(CtlJsonApi& api, std::ostream& out);
+void printAlarms(CtlJsonApi& api, std::ostream& out);
+
+}  // namespace ctl
