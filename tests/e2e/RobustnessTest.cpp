@@ -172,12 +172,13 @@ TEST(EmulatorRobustness, RunningSessionsSurviveKill) {
 TEST(EmulatorRobustness, PythonClientGetsTheSameRepliesAsTheCppClient) {
     EmulatorProcess emulator;
     emulator.call(2, audioSender("python", 2));
-    // The library's client, with a short reply limit, pointed at the emulator.
+    // The library's client, with a short reply limit, pointed at the emulator (the
+    // context outlives the client's socket).
+    zmq::context_t context(1);
     struct Client : AvMngApiJson {
         int getClientTimeout() override { return 5000; }
     } client;
     client.ipcPort = static_cast<uint32_t>(emulator.port());
-    zmq::context_t context(1);
     ASSERT_EQ(client.init(context), 0);
     struct Case {
         unsigned id;
