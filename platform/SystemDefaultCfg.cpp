@@ -9,21 +9,21 @@
 
 namespace {
 
-bool isInterfaceAddr(uint32_t hostOrder) {
+std::vector<uint32_t> readInterfaceAddrs() {
+    std::vector<uint32_t> addrs;
     struct ifaddrs* list = nullptr;
     if (getifaddrs(&list) != 0) {
-        return false;
+        return addrs;
     }
-    bool found = false;
-    for (struct ifaddrs* it = list; it != nullptr && !found; it = it->ifa_next) {
+    for (struct ifaddrs* it = list; it != nullptr; it = it->ifa_next) {
         if (it->ifa_addr == nullptr || it->ifa_addr->sa_family != AF_INET) {
             continue;
         }
         const auto* in = reinterpret_cast<const struct sockaddr_in*>(it->ifa_addr);
-        found = ntohl(in->sin_addr.s_addr) == hostOrder;
+        addrs.push_back(ntohl(in->sin_addr.s_addr));
     }
     freeifaddrs(list);
-    return found;
+    return addrs;
 }
 
 }  // namespace
@@ -68,6 +68,19 @@ bool SystemDefaultCfg::isLocalBoardIpAddr(IpAddress addr) const {
     return !m_replace_addrs && isInterfaceAddr(addr.get());
 }
 
+bool SystemDefaultCfg::isInterfaceAddr(uint32_t hostOrder) const {
+    // Listing the interfaces costs tens of microseconds, and the advertised-sessions table
+    // asks once per advertisement: keep the list for a short while.
+    std::lock_guard<std::mutex> lock(m_if_mutex);
+    const auto now = std::chrono::steady_clock::now();
+    if (!m_if_valid || now - m_if_read_at > kInterfaceRefresh) {
+        m_if_addrs = readInterfaceAddrs();
+        m_if_read_at = now;
+        m_if_valid = true;
+    }
+    return std::find(m_if_addrs.begin(), m_if_addrs.end(), hostOrder) != m_if_addrs.end();
+}
+
 void SystemDefaultCfg::addLocalIpAddr(IpAddress addr) {
     m_extra_addrs.push_back(addr);
 }
@@ -80,4 +93,6 @@ void SystemDefaultCfg::setLocalIpAddrs(const std::vector<IpAddress>& addrs) {
 void SystemDefaultCfg::resetLocalIpAddrs() {
     m_extra_addrs.clear();
     m_replace_addrs = false;
+    std::lock_guard<std::mutex> lock(m_if_mutex);
+    m_if_valid = false;
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -15,7 +18,7 @@
 // the setters to reach every board-dependent path.
 //
 // The local addresses are those of the machine's IPv4 interfaces (read with getifaddrs
-// on every query, so addresses that appear later count). Tests can add addresses to
+// and kept for one second, so addresses that appear later count soon after). Tests can add addresses to
 // them or replace them with a fixed list.
 //
 // The setters are meant for start-up and tests: configure before other threads use
@@ -60,4 +63,11 @@ private:
     std::string m_cfg_file_path;
     std::vector<IpAddress> m_extra_addrs;
     bool m_replace_addrs = false;
+
+    static constexpr std::chrono::seconds kInterfaceRefresh{1};
+    bool isInterfaceAddr(uint32_t hostOrder) const;
+    mutable std::mutex m_if_mutex;
+    mutable std::vector<uint32_t> m_if_addrs;
+    mutable std::chrono::steady_clock::time_point m_if_read_at;
+    mutable bool m_if_valid = false;
 };
