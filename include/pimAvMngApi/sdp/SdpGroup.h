@@ -9,7 +9,7 @@
 // order written; media sections are matched to them by position.
 class SdpGroup {
 public:
-    enum Type {
+    enum Type : int {
         GROUP_NONE = 0,
         GROUP_DUP = 1,
         GROUP_MULTI_2SI = 2,

@@ -24,7 +24,7 @@
 // "video" keys only when "video" is an object, and appends to the two lists.
 class SdpMedia : public IJsonSerializable {
 public:
-    enum Type {
+    enum Type : int {
         AUDIO = 0,
         VIDEO = 1,
         NOT_RECOGNIZED = 2,
