@@ -136,19 +136,12 @@ void Emulator::releaseAdvertisedUse(const EmulatedSession& session) {
         return;
     }
     const uint64_t remote = session.config["rem-sid"].get("id", 0).asUInt64();
-    auto it = m_advertised.find(remote);
-    if (it == m_advertised.end()) {
-        return;
-    }
     const bool stillUsed = std::any_of(m_sessions.begin(), m_sessions.end(), [&](const auto& entry) {
         return entry.second.id != session.id && entry.second.kind == EmulatedSession::RECEIVER &&
                entry.second.config["rem-sid"].get("id", 0).asUInt64() == remote;
     });
     if (!stillUsed) {
-        it->second.inUse = false;
-        if (it->second.stale) {
-            m_advertised.erase(it);
-        }
+        markAdvertisedUse(remote, false);
     }
 }
 
@@ -269,10 +262,7 @@ void Emulator::restoreRunning(const Json::Value& running) {
             maxStream = std::max<uint64_t>(maxStream, st.get("id", 0).asUInt64());
         }
         if (s.kind == EmulatedSession::RECEIVER) {
-            auto adv = m_advertised.find(s.config["rem-sid"].get("id", 0).asUInt64());
-            if (adv != m_advertised.end()) {
-                adv->second.inUse = true;
-            }
+            markAdvertisedUse(s.config["rem-sid"].get("id", 0).asUInt64(), true);
         }
     }
     m_next_stream_id = std::max(m_next_stream_id, maxStream + 1);

@@ -4,10 +4,12 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "RequestServer.h"
+#include "pimAvMngApi/adv/AdvSessions.h"
 #include "pimAvMngApi/device/CfgFileTable.h"
 
 namespace emu {
@@ -137,6 +139,8 @@ private:
                                       const Json::Value& channels);
     std::string checkUserSdp(const std::string& sdpText);
     void releaseAdvertisedUse(const EmulatedSession& session);
+    bool advertisedSdp(uint64_t id, std::string& sdp, std::string& url) const;
+    void markAdvertisedUse(uint64_t id, bool used);
     Json::Value sessionListReply(bool senders) const;
     Json::Value gainReply(const char* table, const Request& r, unsigned command);
 
@@ -159,14 +163,10 @@ private:
     // positions 0..9 are the table's paths inside the configuration directory.
     CfgFileTable m_table;
 
-    // Advertised sessions: id -> url, SDP text, in-use mark.
-    struct Advertised {
-        std::string url;
-        std::string sdp;
-        bool inUse = false;
-        bool stale = false;
-    };
-    std::map<uint64_t, Advertised> m_advertised;
+    // Advertised sessions, and the ids that came from files of the advertise folder
+    // (withdrawn when their file disappears).
+    AdvSessions m_advertised;
+    std::set<uint64_t> m_advertised_from_files;
 };
 
 }  // namespace emu

@@ -152,11 +152,10 @@ Json::Value Emulator::addDestinationSession(const Request& r) {
         if (remote == 0) {
             throw CommandError(kSessionIdZero, "a receiver needs \"rem-sid\".\"id\" of an advertised session or a \"user-sdp\"");
         }
-        auto it = m_advertised.find(remote);
-        if (it == m_advertised.end()) {
+        std::string url;
+        if (!advertisedSdp(remote, sdp, url)) {
             throw CommandError(kAdvertisedNotFound, "no advertised session with id " + std::to_string(remote));
         }
-        sdp = it->second.sdp;
         session.kind = EmulatedSession::RECEIVER;
     }
     Json::Value stream = receiverStreamFromSdp(sdp, mediaIndex, 0, cfg["channel-list"]);
@@ -172,7 +171,7 @@ Json::Value Emulator::addDestinationSession(const Request& r) {
     session.streams = Json::Value(Json::arrayValue);
     session.streams.append(stream);
     if (session.kind == EmulatedSession::RECEIVER) {
-        m_advertised[remote].inUse = true;
+        markAdvertisedUse(remote, true);
     }
     m_sessions[session.id] = session;
     persistRunning();
@@ -323,8 +322,9 @@ Json::Value Emulator::getSessionBasicInfo(const Request& r) {
     info["remote-sid-str"] = std::to_string(remote);
     info["ptp-domain"] = m_settings["global"].get("ptp-domain", 0).asInt();
     info["ptp-gmid"] = "00-1D-C1-FF-FE-12-34-56";
-    auto adv = m_advertised.find(remote);
-    info["rtsp-url"] = adv != m_advertised.end() ? adv->second.url : "";
+    std::string advertisedText;
+    std::string url;
+    info["rtsp-url"] = remote != 0 && advertisedSdp(remote, advertisedText, url) ? url : "";
     info["session-list"] = session.streams;
     return info;
 }

@@ -125,9 +125,9 @@ bool RequestServer::serveOne(const Handler& handler, int timeoutMs) {
 void RequestServer::serve(const std::atomic<bool>& stop, const Handler& handler, const std::function<void()>& idle,
                           int pollMs) {
     while (!stop.load()) {
-        // Drain whatever is queued before looking at the flags again.
-        while (!stop.load() && serveOne(handler, pollMs)) {
-        }
+        serveOne(handler, pollMs);
+        // After every request as well as every idle poll, so that a steady stream of
+        // requests cannot hold back a reload.
         if (idle) {
             idle();
         }
