@@ -12,52 +12,14 @@
 #include <string>
 #include <zmq.hpp>
 
+#include "ExampleArgs.h"
 #include "pimAvMngApi/pimAvMngApi.h"
 
 namespace {
 
-struct Options {
-    std::string host = "127.0.0.1";
-    unsigned port = 5559;
-    std::string name = "example sender";
-    std::string transport = "239.69.1.10";
-    int udp = 5004;
-};
-
 int usage(const char* prog) {
-    std::cerr << "usage: " << prog
-              << " [--host H] [--port P] [--name N] [--transport A.B.C.D] [--udp PORT]\n";
+    std::cerr << "usage: " << prog << " [--host H] [--port P] [--name N] [--transport A.B.C.D] [--udp PORT]\n";
     return 2;
-}
-
-bool parseArgs(int argc, char** argv, Options& o) {
-    if (const char* h = std::getenv("AVMNG_HOST")) {
-        o.host = h;
-    }
-    if (const char* p = std::getenv("AVMNG_PORT")) {
-        o.port = static_cast<unsigned>(std::strtoul(p, nullptr, 10));
-    }
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (i + 1 >= argc) {
-            return false;
-        }
-        const std::string value = argv[++i];
-        if (arg == "--host") {
-            o.host = value;
-        } else if (arg == "--port") {
-            o.port = static_cast<unsigned>(std::strtoul(value.c_str(), nullptr, 10));
-        } else if (arg == "--name") {
-            o.name = value;
-        } else if (arg == "--transport") {
-            o.transport = value;
-        } else if (arg == "--udp") {
-            o.udp = std::atoi(value.c_str());
-        } else {
-            return false;
-        }
-    }
-    return o.port > 0 && o.port < 65536;
 }
 
 int fail(AvMngApi& api, const char* what, int code) {
@@ -74,25 +36,28 @@ int fail(AvMngApi& api, const char* what, int code) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    Options options;
-    if (!parseArgs(argc, argv, options)) {
+    ExampleArgs args;
+    if (!args.parse(argc, argv)) {
         return usage(argv[0]);
     }
+    const std::string name = args.get("name", "example sender");
+    const std::string transport = args.get("transport", "239.69.1.10");
+    const int udp = std::atoi(args.get("udp", "5004").c_str());
 
     zmq::context_t context;
     AvMngApi api;
-    api.jsonApi.ipcPort = options.port;
-    if (int rc = api.init(context, options.host); rc < 0) {
+    api.jsonApi.ipcPort = args.port;
+    if (int rc = api.init(context, args.host); rc < 0) {
         return fail(api, "init", rc);
     }
 
     AudioSource audio;
-    audio.m_name = options.name + " audio";
-    if (!audio.m_transport.fromString(options.transport)) {
-        std::cerr << "not an IPv4 address: " << options.transport << "\n";
+    audio.m_name = name + " audio";
+    if (!audio.m_transport.fromString(transport)) {
+        std::cerr << "not an IPv4 address: " << transport << "\n";
         return 2;
     }
-    audio.m_udp_port = options.udp;
+    audio.m_udp_port = udp;
     audio.m_codec.setCodec("L24");
     audio.m_ptime = 1000;
     audio.m_channel_freq = 48000;
@@ -101,7 +66,7 @@ int main(int argc, char** argv) {
     }
 
     SourceApi session;
-    session.m_name = options.name;
+    session.m_name = name;
     session.m_audio_sources.push_back(audio);
 
     if (int rc = api.addSourceSession(&session); rc < 0) {

@@ -62,7 +62,7 @@ void printAdvertised(CtlJsonApi& api, std::ostream& out) {
     for (const auto& entry : list) {
         out << std::left << std::setw(22) << entry.get("session-id-str", entry.get("id", 0).asString()).asString()
             << std::setw(8) << entry.get("status", "").asString() << std::setw(7)
-            << (entry.get("in-use", false).asBool() ? "yes" : "no") << entry.get("url", "").asString() << std::right
+            << (entry.get("inuse", false).asBool() ? "yes" : "no") << entry.get("url", "").asString() << std::right
             << "\n";
     }
 }

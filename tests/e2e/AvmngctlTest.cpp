@@ -93,3 +93,55 @@ TEST(Avmngctl, NoDaemonFailsWithinItsTimeout) {
     EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count(), 5000);
 }
 
+TEST(Avmngctl, TypedVerbsWalkASessionThroughItsLife) {
+    EmulatorProcess emulator("", {"--advertise", e2e::sourcePath("examples/advertised")});
+    const std::string dir = e2e::makeTempDir("verbs");
+    const std::string source = writeFile(
+        dir, "source.json",
+        R"({"name":"ctl talker","audio-sources":[{"codec":"L24","ptime":1000,"channel-freq":48000,
+            "channel-list":[{"channel":0},{"channel":1}]}]})");
+    const auto added = run(ctlArgs(emulator, {"add-source", source}));
+    ASSERT_EQ(added.status, 0) << added.err;
+    const std::string id = std::to_string(e2e::parse(added.out)["session-id"].asUInt64());
+    ASSERT_NE(id, "0");
+
+    const auto sdp = run(ctlArgs(emulator, {"sdp", id}));
+    ASSERT_EQ(sdp.status, 0) << sdp.err;
+    EXPECT_EQ(sdp.out.rfind("v=0", 0), 0u) << sdp.out;
+    EXPECT_NE(sdp.out.find("s=ctl talker"), std::string::npos) << sdp.out;
+
+    const auto sessions = run(ctlArgs(emulator, {"sessions"}));
+    EXPECT_NE(sessions.out.find("ctl talker"), std::string::npos) << sessions.out;
+
+    // A receiver of advertised Studio A (its origin session id) marks it in use.
+    const std::string destination = writeFile(
+        dir, "destination.json",
+        R"({"name":"ctl listener","rem-sid":{"id":1311738121,"media-idx":0},"channel-list":[{"channel":5}]})");
+    const auto listener = run(ctlArgs(emulator, {"add-destination", destination}));
+    ASSERT_EQ(listener.status, 0) << listener.err;
+    EXPECT_NE(e2e::parse(listener.out)["session-id"].asUInt64(), 0u) << listener.out;
+    const auto advertised = run(ctlArgs(emulator, {"advertised"}));
+    ASSERT_EQ(advertised.status, 0) << advertised.err;
+    EXPECT_NE(advertised.out.find("1311738121            OK      yes    sap://192.168.1.50:9875/studio-a"),
+              std::string::npos)
+        << advertised.out;
+    EXPECT_NE(advertised.out.find("no     rtsp://192.168.1.51:554/control-room"), std::string::npos) << advertised.out;
+
+    const auto clock = run(ctlArgs(emulator, {"clock"}));
+    EXPECT_NE(clock.out.find("AUTO - PTP BASED"), std::string::npos) << clock.out;
+    EXPECT_NE(clock.out.find("PTP SLAVE"), std::string::npos) << clock.out;
+
+    ASSERT_EQ(run(ctlArgs(emulator, {"save", "7", "ctl saved", "--startup"})).status, 0);
+    const auto files = run(ctlArgs(emulator, {"files"}));
+    EXPECT_NE(files.out.find("ctl saved  (start-up)"), std::string::npos) << files.out;
+    EXPECT_NE(files.out.find("start-up position: 7"), std::string::npos) << files.out;
+
+    ASSERT_EQ(run(ctlArgs(emulator, {"remove", id})).status, 0);
+    EXPECT_EQ(run(ctlArgs(emulator, {"sdp", id})).status, 1);
+    ASSERT_EQ(run(ctlArgs(emulator, {"load", "7"})).status, 0);
+    EXPECT_EQ(run(ctlArgs(emulator, {"sdp", id})).status, 0);
+
+    ASSERT_EQ(run(ctlArgs(emulator, {"send", "23", "{\"id\":" + id + ",\"pause\":true}"})).status, 0);
+    const auto alarms = run(ctlArgs(emulator, {"alarms"}));
+    EXPECT_NE(alarms.out.find("session " + id), std::string::npos) << alarms.out;
+}
