@@ -3,7 +3,11 @@
 
 #include <dirent.h>
 
+#include <limits.h>
+#include <stdlib.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <cmath>
 #include <set>
 
@@ -200,7 +204,9 @@ int Emulator::reloadAdvertised() {
         }
         std::string url = percentDecode(name.substr(0, name.size() - 4));
         if (url.find("://") == std::string::npos) {
-            url = "file://" + path;
+            char* absolute = ::realpath(path.c_str(), nullptr);
+            url = "file://" + std::string(absolute != nullptr ? absolute : path.c_str());
+            std::free(absolute);
         }
         session_id_t id = 0;
         bool updated = false;
