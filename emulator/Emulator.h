@@ -137,6 +137,7 @@ private:
     void refreshSenderSdp(EmulatedSession& session);
     Json::Value receiverStreamFromSdp(const std::string& sdpText, unsigned mediaIndex, uint64_t streamId,
                                       const Json::Value& channels);
+    SdpSession parseCheckedSdp(const std::string& sdpText);
     std::string checkUserSdp(const std::string& sdpText);
     void releaseAdvertisedUse(const EmulatedSession& session);
     bool advertisedSdp(uint64_t id, std::string& sdp, std::string& url) const;

@@ -126,18 +126,9 @@ void Emulator::refreshSenderSdp(EmulatedSession& session) {
     session.sdp = text;
 }
 
-std::string Emulator::checkUserSdp(const std::string& sdpText) {
-    ErrorAuxMsg::getInstance()->clear();
-    SdpConverter converter;
-    const int rc = converter.parseSdp(sdpText);
-    if (rc != 0) {
-        refuseWithUserMessages(rc, "the SDP text is refused.");
-    }
-    return sdpText;
-}
-
-Json::Value Emulator::receiverStreamFromSdp(const std::string& sdpText, unsigned mediaIndex, uint64_t streamId,
-                                            const Json::Value& channels) {
+// Parses `sdpText` with the parser and its minimum check; a refusal becomes a
+// CommandError carrying every user message the check produced.
+SdpSession Emulator::parseCheckedSdp(const std::string& sdpText) {
     ErrorAuxMsg::getInstance()->clear();
     SdpConverter converter;
     const int rc = converter.parseSdp(sdpText);
@@ -146,6 +137,17 @@ Json::Value Emulator::receiverStreamFromSdp(const std::string& sdpText, unsigned
     }
     SdpSession session;
     converter.getSdpConfig(session);
+    return session;
+}
+
+std::string Emulator::checkUserSdp(const std::string& sdpText) {
+    parseCheckedSdp(sdpText);
+    return sdpText;
+}
+
+Json::Value Emulator::receiverStreamFromSdp(const std::string& sdpText, unsigned mediaIndex, uint64_t streamId,
+                                            const Json::Value& channels) {
+    const SdpSession session = parseCheckedSdp(sdpText);
     if (mediaIndex >= session.m_media.size()) {
         throw CommandError(kSdpRefused, "media index " + std::to_string(mediaIndex) + " is not below the " +
                                             std::to_string(session.m_media.size()) + " media of the session");
