@@ -40,8 +40,8 @@ bool add(AdvSessions& table, const Aes67Sdp& sdp, const std::string& url = kUrl)
 // One row per transition of an id's life: the state before, the event, and what the
 // table holds afterwards.
 TEST(AdvSessionsTest, Lifecycle) {
-    enum class Before { None, TwoMarks, Ok, OkInUse, StaleInUse };
-    enum class Event { Add, Use, Unuse, RemoveId, RemoveHost, RemoveName };
+    enum Before { None, TwoMarks, Ok, OkInUse, StaleInUse };
+    enum Event { Add, Use, Unuse, RemoveId, RemoveHost, RemoveName };
     struct Row {
         const char* what;
         Before before;
@@ -56,146 +56,44 @@ TEST(AdvSessionsTest, Lifecycle) {
         Lines log5;  // the event's level-5 lines
     };
     const std::string stored = "Advertised:: Session 100 stored. Url rtsp://192.168.1.20:554/y";
+    const std::string marked = "Advertised:: Session 100 was already marked as in use. new array size 1.";
+    const std::string pending = "Advertised:: Session not found. adding to the pending list 100 - list size ";
+    const std::string updated = "Advertised:: Session 100 Updated. status: ";
+    const std::string used = "Advertised:: Setting session 100 as used";
+    const std::string unused = "Advertised:: Setting session 100 as unused";
     const std::string removed = "Advertised:: Session 100 removed.";
     const std::string byHost =
         "Advertised:: Session 100 removed. Host Ip 192.168.1.20 port 554 and Name [Row]";
-    const Lines byName = {
-        "Advertised:: Session 100 found. Host Ip 192.168.1.20 Name [Row]. Candidate to be removed.",
-        "Advertised:: we found 1 session with name [Row], id 100 so we are going to remove it."};
+    const std::string seen =
+        "Advertised:: Session 100 found. Host Ip 192.168.1.20 Name [Row]. Candidate to be removed.";
+    const std::string named =
+        "Advertised:: we found 1 session with name [Row], id 100 so we are going to remove it.";
     const std::string stale = "Advertised:: Session 100 is now stale.";
-    const auto with = [](Lines lines, const std::string& last) {
-        lines.push_back(last);
-        return lines;
-    };
+    const std::string notFound = "Advertised:: Unable to find session 100";
+    const std::string noHost =
+        "Advertised:: Unable to find any session from host ip 192.168.1.20 port 554 and Name [Row]";
+    const std::string noName = "Advertised:: Unable to find any session with Name [Row]";
     const Row rows[] = {
-        {"first advertisement", Before::None, Event::Add, true, true, 0, false, false, 0, 0, {stored}},
-        {"advertised after two marks",
-         Before::TwoMarks,
-         Event::Add,
-         true,
-         true,
-         0,
-         true,
-         false,
-         1,
-         0,
-         {"Advertised:: Session 100 was already marked as in use. new array size 1.", stored}},
-        {"mark unknown id",
-         Before::None,
-         Event::Use,
-         true,
-         false,
-         0,
-         false,
-         false,
-         1,
-         0,
-         {"Advertised:: Session not found. adding to the pending list 100 - list size 1"}},
-        {"unmark pending id",
-         Before::TwoMarks,
-         Event::Unuse,
-         true,
-         false,
-         0,
-         false,
-         false,
-         0,
-         0,
-         {"Advertised:: Session not found. adding to the pending list 100 - list size 0"}},
-        {"advertised again",
-         Before::Ok,
-         Event::Add,
-         false,
-         true,
-         0,
-         false,
-         true,
-         0,
-         0,
-         {"Advertised:: Session 100 Updated. status: OK"}},
-        {"stale advertised again",
-         Before::StaleInUse,
-         Event::Add,
-         false,
-         true,
-         0,
-         true,
-         true,
-         0,
-         0,
-         {"Advertised:: Session 100 Updated. status: Stale"}},
-        {"mark entry",
-         Before::Ok,
-         Event::Use,
-         true,
-         true,
-         0,
-         true,
-         true,
-         0,
-         0,
-         {"Advertised:: Setting session 100 as used"}},
-        {"mark stale entry",
-         Before::StaleInUse,
-         Event::Use,
-         true,
-         true,
-         1,
-         true,
-         true,
-         0,
-         0,
-         {"Advertised:: Setting session 100 as used"}},
-        {"unmark entry",
-         Before::OkInUse,
-         Event::Unuse,
-         true,
-         true,
-         0,
-         false,
-         true,
-         0,
-         0,
-         {"Advertised:: Setting session 100 as unused"}},
-        {"unmark stale entry",
-         Before::StaleInUse,
-         Event::Unuse,
-         false,
-         false,
-         0,
-         false,
-         true,
-         0,
-         0,
-         {"Advertised:: Setting session 100 as unused", removed}},
-        {"remove by id", Before::Ok, Event::RemoveId, false, false, 0, false, false, 0, 100, {removed}},
-        {"remove by host",
-         Before::Ok,
-         Event::RemoveHost,
-         false,
-         false,
-         0,
-         false,
-         false,
-         0,
-         100,
-         {byHost, removed}},
-        {"remove by name", Before::Ok, Event::RemoveName, false, false, 0, false, false, 0, 100,
-         with(byName, removed)},
-        {"remove used by id", Before::OkInUse, Event::RemoveId, false, true, 1, true, false, 0, 0, {stale}},
-        {"remove used by host",
-         Before::OkInUse,
-         Event::RemoveHost,
-         false,
-         true,
-         1,
-         true,
-         false,
-         0,
-         0,
-         {byHost, stale}},
-        {"remove used by name", Before::OkInUse, Event::RemoveName, false, true, 1, true, false, 0, 0,
-         with(byName, stale)},
+        {"first advertisement", None, Add, true, true, 0, false, false, 0, 0, {stored}},
+        {"advertised after two marks", TwoMarks, Add, true, true, 0, true, false, 1, 0, {marked, stored}},
+        {"mark unknown id", None, Use, true, false, 0, false, false, 1, 0, {pending + "1"}},
+        {"unmark pending id", TwoMarks, Unuse, true, false, 0, false, false, 0, 0, {pending + "0"}},
+        {"advertised again", Ok, Add, false, true, 0, false, true, 0, 0, {updated + "OK"}},
+        {"stale advertised again", StaleInUse, Add, false, true, 0, true, true, 0, 0, {updated + "Stale"}},
+        {"mark entry", Ok, Use, true, true, 0, true, true, 0, 0, {used}},
+        {"mark stale entry", StaleInUse, Use, true, true, 1, true, true, 0, 0, {used}},
+        {"unmark entry", OkInUse, Unuse, true, true, 0, false, true, 0, 0, {unused}},
+        {"unmark stale entry", StaleInUse, Unuse, false, false, 0, false, true, 0, 0, {unused, removed}},
+        {"remove by id", Ok, RemoveId, false, false, 0, false, false, 0, 100, {removed}},
+        {"remove by host", Ok, RemoveHost, false, false, 0, false, false, 0, 100, {byHost, removed}},
+        {"remove by name", Ok, RemoveName, false, false, 0, false, false, 0, 100, {seen, named, removed}},
+        {"remove used by id", OkInUse, RemoveId, false, true, 1, true, false, 0, 0, {stale}},
+        {"remove used by host", OkInUse, RemoveHost, false, true, 1, true, false, 0, 0, {byHost, stale}},
+        {"remove used by name", OkInUse, RemoveName, false, true, 1, true, false, 0, 0, {seen, named, stale}},
+        {"remove stale by id", StaleInUse, RemoveId, false, true, 1, true, false, 0, 0, {stale}},
+        {"remove unknown id", None, RemoveId, false, false, 0, false, false, 0, 0, {notFound}},
+        {"remove unknown host", None, RemoveHost, false, false, 0, false, false, 0, 0, {noHost}},
+        {"remove unknown name", None, RemoveName, false, false, 0, false, false, 0, 0, {noName}},
     };
 
     for (const Row& row : rows) {
@@ -203,17 +101,17 @@ TEST(AdvSessionsTest, Lifecycle) {
         AdvSessions table;
         Aes67Sdp sdp = Aes67Sdp{100, "Row"};
         bool scratch = false;
-        if (row.before == Before::TwoMarks) {
+        if (row.before == TwoMarks) {
             table.setSessionAsUsed(100, true, scratch);
             table.setSessionAsUsed(100, true, scratch);
         }
-        if (row.before == Before::Ok || row.before == Before::OkInUse || row.before == Before::StaleInUse) {
+        if (row.before >= Ok) {
             add(table, sdp);
         }
-        if (row.before == Before::OkInUse || row.before == Before::StaleInUse) {
+        if (row.before >= OkInUse) {
             table.setSessionAsUsed(100, true, scratch);
         }
-        if (row.before == Before::StaleInUse) {
+        if (row.before == StaleInUse) {
             table.removeAdvertisedSession(100);
         }
 
@@ -221,27 +119,24 @@ TEST(AdvSessionsTest, Lifecycle) {
         bool flag = row.flagIn;
         long long result = -99;
         sdp.version = 2;
+        session_id_t id = 0;
         switch (row.event) {
-            case Event::Add: {
-                session_id_t id = 0;
+            case Add:
                 result = table.addAdvertisedSession("rtsp://192.168.1.20:554/y", sdp.text(), id, flag);
                 EXPECT_EQ(id, 100u);
                 break;
-            }
-            case Event::Use:
-                result = table.setSessionAsUsed(100, true, flag);
+            case Use:
+            case Unuse:
+                result = table.setSessionAsUsed(100, row.event == Use, flag);
                 break;
-            case Event::Unuse:
-                result = table.setSessionAsUsed(100, false, flag);
-                break;
-            case Event::RemoveId:
+            case RemoveId:
                 result = static_cast<long long>(table.removeAdvertisedSession(100));
                 break;
-            case Event::RemoveHost:
+            case RemoveHost:
                 result =
                     static_cast<long long>(table.removeAdvertisedSession(ip("192.168.1.20"), "Row", 554));
                 break;
-            case Event::RemoveName:
+            case RemoveName:
                 result = static_cast<long long>(table.removeAdvertisedSessionByName("Row"));
                 break;
         }
@@ -259,32 +154,13 @@ TEST(AdvSessionsTest, Lifecycle) {
             EXPECT_EQ(entry.isInUse(), row.inUse);
             SdpSession session;
             ASSERT_EQ(table.getSdpSession(100, session), 0);
-            EXPECT_EQ(session.m_session_version, row.event == Event::Add ? 2u : 1u);
+            EXPECT_EQ(session.m_session_version, row.event == Add ? 2u : 1u);
         }
     }
 }
 
-TEST(AdvSessionsTest, RemovingAnInUseEntryTwiceOnlyMarksItStale) {
-    AdvSessions table;
-    add(table, Aes67Sdp{7, "Cam"});
-    bool removed = false;
-    table.setSessionAsUsed(7, true, removed);
-    LogCapture capture;
-    EXPECT_EQ(table.removeAdvertisedSession(7), 0u);
-    EXPECT_EQ(table.removeAdvertisedSession(7), 0u);
-    EXPECT_EQ(capture.count("Advertised:: Session 7 is now stale."), 2u);
-    EXPECT_EQ(table.size(), 1u);
-    EXPECT_EQ(table.removeAdvertisedSession(8), 0u);
-    EXPECT_EQ(capture.at(5).back(), "Advertised:: Unable to find session 8");
-}
-
 TEST(AdvSessionsTest, RemovalByNameNeedsAUniqueName) {
     AdvSessions table;
-    {
-        LogCapture capture;
-        EXPECT_EQ(table.removeAdvertisedSessionByName("Dup"), 0u);
-        EXPECT_EQ(capture.at(5), Lines{"Advertised:: Unable to find any session with Name [Dup]"});
-    }
     Aes67Sdp other = Aes67Sdp{30, "Dup"};
     other.source = "10.0.0.30";
     add(table, Aes67Sdp{20, "Dup"});
@@ -300,9 +176,7 @@ TEST(AdvSessionsTest, RemovalByNameNeedsAUniqueName) {
                "Advertised:: we found 2 session with the same name [Dup]. We are not going to remove any "
                "of them."}));
     EXPECT_EQ(table.size(), 3u);
-    capture.clear();
     EXPECT_EQ(table.removeAdvertisedSessionByName("Du"), 0u);
-    EXPECT_EQ(capture.at(5), Lines{"Advertised:: Unable to find any session with Name [Du]"});
     EXPECT_EQ(table.removeAdvertisedSessionByName("dup"), 10u);
     EXPECT_EQ(table.removeAdvertisedSession(30), 30u);
     EXPECT_EQ(table.removeAdvertisedSessionByName("Dup"), 20u);
@@ -315,12 +189,8 @@ TEST(AdvSessionsTest, RemovalByHostSkipsSessionsWithoutMediaAndOtherPorts) {
     add(table, Aes67Sdp{6, "Row"}, "rtsp://192.168.1.20:555/x");
     add(table, Aes67Sdp{7, "Row"});
     AdvSessionsTestAccess::dropMedia(table, 5);
-
-    LogCapture capture;
     EXPECT_EQ(table.removeAdvertisedSession(ip("192.168.1.20"), "Row", 554), 7u);
     EXPECT_EQ(table.removeAdvertisedSession(ip("192.168.1.20"), "Row", 554), 0u);
-    EXPECT_EQ(capture.at(5).back(),
-              "Advertised:: Unable to find any session from host ip 192.168.1.20 port 554 and Name [Row]");
     EXPECT_EQ(table.removeAdvertisedSession(ip("192.168.1.20"), "Row", 555), 6u);
     EXPECT_EQ(table.size(), 1u);
 }
@@ -400,20 +270,14 @@ TEST(AdvSessionsTest, JsonListOfTheTable) {
     AdvSessions table;
     Json::Value reply;
     table.getAdvertisedSessionsJson(reply);
-    EXPECT_TRUE(reply.isMember("list"));
-    EXPECT_TRUE(reply["list"].isNull());
-
+    EXPECT_TRUE(reply.isMember("list") && reply["list"].isNull());
     add(table, Aes67Sdp{9, "Nine"});
     add(table, Aes67Sdp{3, "Three"});
     table.getAdvertisedSessionsJson(reply);
     ASSERT_EQ(reply["list"].size(), 2u);
     EXPECT_EQ(reply["list"][0]["session-id-str"].asString(), "3");
+    EXPECT_EQ(reply["list"][0]["url"].asString(), kUrl);
     EXPECT_EQ(reply["list"][1]["session"]["info"].asString(), "Nine");
-
-    AdvSessionsDb db;
-    db.Deserialize(reply["list"]);
-    EXPECT_EQ(db.m_entries.size(), 2u);
-    EXPECT_EQ(db.m_entries.at(3).getSourceUrl(), kUrl);
 }
 
 TEST(AdvSessionsTest, DumpTableRows) {
@@ -421,11 +285,8 @@ TEST(AdvSessionsTest, DumpTableRows) {
     {
         LogCapture capture;
         table.dumpTable();
-        EXPECT_EQ(
-            capture.at(6),
-            (Lines{"Advertised streams: 0",
-                   "|       Session Id       | Media |  Src Ip         | Name                 | pktTime | "
-                   "type  | Codec  | Ch | PType | UDP     |"}));
+        EXPECT_EQ(capture.at(6).front(), "Advertised streams: 0");
+        EXPECT_EQ(capture.at(6).size(), 2u);  // and the header row
     }
     const std::string dup = R"(v=0
 o=- 200 1 IN IP4 192.168.1.20

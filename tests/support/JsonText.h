@@ -38,4 +38,22 @@ std::string written(const R& record) {
     return jsonText(writtenDoc(record));
 }
 
+// JSON text in the one-line form `written` produces; "throws" stays as it is.
+inline std::string canon(const std::string& text) {
+    return text == "throws" ? text : jsonText(jsonOf(text));
+}
+
+// Reads `doc` into `record` and returns what the record then writes, or "throws" when
+// reading throws.
+template <typename R>
+std::string readThenWritten(R& record, const std::string& doc) {
+    Json::Value in = jsonOf(doc);
+    try {
+        record.Deserialize(in);
+    } catch (...) {
+        return "throws";
+    }
+    return written(record);
+}
+
 #define EXPECT_JSON_EQ(actual, expectedText) EXPECT_EQ(jsonText(actual), jsonText(jsonOf(expectedText)))
