@@ -74,20 +74,19 @@ TEST(IpcWire, DocumentsAreCompactAndParsingIsStrict) {
 }
 
 TEST(ClientJsonApi, ErrorCodesAreDistinctNamedAndBelowLibraryCodes) {
-    const int codes[] = {ClientJsonApi::kErrNotInitialised, ClientJsonApi::kErrSocket,
-                         ClientJsonApi::kErrConnect,        ClientJsonApi::kErrSendFailed,
-                         ClientJsonApi::kErrTimeout,        ClientJsonApi::kErrReceiveFailed,
-                         ClientJsonApi::kErrBadReply,       ClientJsonApi::kErrReplyNotJson};
-    std::set<int> seenCodes;
-    std::set<std::string> seenTexts;
-    for (int code : codes) {
+    std::set<int> codes;
+    std::set<std::string> texts;
+    for (int code :
+         {ClientJsonApi::kErrNotInitialised, ClientJsonApi::kErrSocket, ClientJsonApi::kErrConnect,
+          ClientJsonApi::kErrSendFailed, ClientJsonApi::kErrTimeout, ClientJsonApi::kErrReceiveFailed,
+          ClientJsonApi::kErrBadReply, ClientJsonApi::kErrReplyNotJson}) {
         EXPECT_LT(code, -23);
-        seenCodes.insert(code);
-        seenTexts.insert(ClientJsonApi::describeError(code));
+        codes.insert(code);
+        texts.insert(ClientJsonApi::describeError(code));
     }
-    EXPECT_EQ(seenCodes.size(), std::size(codes));
-    EXPECT_EQ(seenTexts.size(), std::size(codes));
-    EXPECT_EQ(seenTexts.count(ClientJsonApi::describeError(-7)), 0u);
+    EXPECT_EQ(codes.size(), 8u);
+    EXPECT_EQ(texts.size(), 8u);
+    EXPECT_EQ(texts.count(ClientJsonApi::describeError(-7)), 0u);
 }
 
 TEST(ClientJsonApi, BaseHooksHaveUsableDefaults) {
@@ -236,34 +235,25 @@ TEST(ClientJsonApi, MalformedRepliesAreRejectedAndTheSocketStaysUsable) {
     EXPECT_EQ(reply, jsonOf("[1,2]"));
 }
 
-TEST(ClientJsonApi, ReinitSwitchesToTheNewEndpoint) {
-    FakeDaemon first;
-    FakeDaemon second;
+TEST(ClientJsonApi, ReinitSwitchesEndpointAndARestartedDaemonIsReachedAgain) {
     zmq::context_t ctx;
+    FakeDaemon first;
+    auto second = std::make_unique<FakeDaemon>();
+    const uint16_t port = second->port();
     EndpointClient client(first.endpoint());
     ASSERT_EQ(client.init(ctx), 0);
     IpcMsg msg(7);
     Json::Value reply;
     ASSERT_EQ(client.sendMessage(msg, reply), 0);
-    client.endpoint = second.endpoint();
+    client.endpoint = second->endpoint();
     ASSERT_EQ(client.init(ctx), 0);
     ASSERT_EQ(client.sendMessage(msg, reply), 0);
     EXPECT_EQ(first.requestCount(), 1u);
-    EXPECT_EQ(second.requestCount(), 1u);
-}
+    EXPECT_EQ(second->requestCount(), 1u);
 
-TEST(ClientJsonApi, DaemonRestartOnTheSamePortIsReachedAgain) {
-    zmq::context_t ctx;
-    auto daemon = std::make_unique<FakeDaemon>();
-    const uint16_t port = daemon->port();
-    EndpointClient client(daemon->endpoint(), 3000);
-    ASSERT_EQ(client.init(ctx), 0);
-    IpcMsg msg(24);
-    Json::Value reply;
-    ASSERT_EQ(client.sendMessage(msg, reply), 0);
-    daemon.reset();
-    daemon = std::make_unique<FakeDaemon>(port);
-    daemon->replyWith(jsonOf(R"({"back":1})"));
+    second.reset();
+    second = std::make_unique<FakeDaemon>(port);
+    second->replyWith(jsonOf(R"({"back":1})"));
     ASSERT_EQ(client.sendMessage(msg, reply), 0);
     EXPECT_EQ(reply["back"].asInt(), 1);
 }
