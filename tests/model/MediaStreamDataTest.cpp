@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <type_traits>
+#include <tuple>
 #include <vector>
 
 #include "pimAvMngApi/model/AncillaryStreamData.h"
@@ -13,29 +13,18 @@
 namespace {
 
 TEST(MediaStreamData, PacketSizesWithAndWithoutVlan) {
-    struct Row {
-        StreamData* stream;
-        uint32_t payload;  // 0: keep the constructor's
-        uint16_t vlan;
-        unsigned expected;
+    AudioStreamData audio, audio2;
+    VideoStreamData video, video2;
+    AncillaryStreamData anc, anc2;
+    audio2.m_payload_size = 288;
+    anc2.m_payload_size = 100;
+    const std::vector<std::tuple<StreamData*, uint16_t, unsigned>> rows = {
+        {&audio, 0, 54},     {&audio2, 10, 346}, {&video, 0, 1442},
+        {&video2, 10, 1446}, {&anc, 0, 66},      {&anc2, 4095, 170},
     };
-    AudioStreamData audio;
-    VideoStreamData video;
-    AncillaryStreamData anc;
-    AudioStreamData audio2;
-    VideoStreamData video2;
-    AncillaryStreamData anc2;
-    const std::vector<Row> rows = {
-        {&audio, 0, 0, 54},     {&audio2, 288, 10, 346}, {&video, 0, 0, 1442},
-        {&video2, 0, 10, 1446}, {&anc, 0, 0, 66},        {&anc2, 100, 4095, 170},
-    };
-    for (const Row& row : rows) {
-        if (row.payload != 0) {
-            row.stream->m_payload_size = row.payload;
-        }
-        row.stream->m_vlan.m_id = row.vlan;
-        EXPECT_EQ(writtenDoc(*row.stream)["packet-size"].asUInt(), row.expected)
-            << row.stream->m_type.toString();
+    for (const auto& [stream, vlan, expected] : rows) {
+        stream->m_vlan.m_id = vlan;
+        EXPECT_EQ(writtenDoc(*stream)["packet-size"].asUInt(), expected) << stream->m_type.toString();
     }
 }
 
@@ -116,16 +105,14 @@ TEST(MediaStreamData, DerivedDumpLines) {
 
 TEST(SessionConfigData, ReadingTable) {
     SessionConfigData s;
-    Json::Value def = writtenDoc(s);
-    EXPECT_EQ(jsonText(def),
-              jsonText(jsonOf(R"({"id":0,"version":0,"name":"","nmos-id":"","ptp":{"domain":0,"gmid":""},
-        "connection":{"remote":null,"origin":"jsonapi"},"sdp":"","type":"unknown"})")));
+    EXPECT_EQ(written(s), canon(R"({"id":0,"version":0,"name":"","nmos-id":"","ptp":{"domain":0,"gmid":""},
+        "connection":{"remote":null,"origin":"jsonapi"},"sdp":"","type":"unknown"})"));
 
     Json::Value doc = jsonOf(R"({"id":1,"version":2,"name":"n","nmos-id":"x","sdp":"v=0",
         "ptp":{"domain":300,"gmid":"00-11"},"connection":{"remote":"ctl","origin":"nmos"},
         "audio-streams":[{},{}],"video-streams":[{}],"type":"destination"})");
     s.Deserialize(doc);
-    s.Deserialize(doc);
+    s.Deserialize(doc);  // the stream lists are replaced, not appended to
     EXPECT_EQ(s.m_ptp_domain, 44);
     EXPECT_EQ(s.m_audio_streams.size(), 2u);
     EXPECT_EQ(s.m_video_streams.size(), 1u);
@@ -155,8 +142,8 @@ TEST(SessionBasicInfo, StreamKindsDoublingAndWrittenForm) {
     SessionBasicInfo info;
     Json::Value idOnly = jsonOf(R"({"id":7})");
     info.Deserialize(idOnly);
-    EXPECT_EQ(jsonText(writtenDoc(info)), jsonText(jsonOf(R"({"id":7,"version":0,"name":"","remote-sid":0,
-        "remote-sid-str":"0","ptp-domain":0,"rtsp-url":"","ptp-gmid":""})")));
+    EXPECT_EQ(written(info), canon(R"({"id":7,"version":0,"name":"","remote-sid":0,
+        "remote-sid-str":"0","ptp-domain":0,"rtsp-url":"","ptp-gmid":""})"));
     EXPECT_TRUE(info.m_streams.empty());
 
     Json::Value doc =

@@ -13,8 +13,8 @@ namespace {
 
 TEST(DestinationApi, DefaultsAndAsymmetricReadWrite) {
     DestinationApi d;
-    EXPECT_EQ(written(d), jsonText(jsonOf(R"({"session-id":0,"name":"","link-offset":0,"user-sdp":"",
-        "rem-sid":{"id":0,"media-idx":0,"payload-type":98,"nmos":{"sender":"","receiver":""}},"channel-list":[]})")));
+    EXPECT_EQ(written(d), canon(R"({"session-id":0,"name":"","link-offset":0,"user-sdp":"",
+        "rem-sid":{"id":0,"media-idx":0,"payload-type":98,"nmos":{"sender":"","receiver":""}},"channel-list":[]})"));
 
     Json::Value doc = jsonOf(R"({"session-id":18446744073709551615,"name":"rx","link-offset":4000000000,
         "user-sdp":"v=0","rem-sid":{"id":7,"media-idx":258,"payload-type":300,"nmos":{"sender":"s","receiver":"r"}},
@@ -22,10 +22,9 @@ TEST(DestinationApi, DefaultsAndAsymmetricReadWrite) {
     d.Deserialize(doc);
     EXPECT_EQ(d.m_source_ip, "not an address");
     EXPECT_EQ(d.m_network_index, 2);
-    EXPECT_EQ(written(d),
-              jsonText(jsonOf(R"({"session-id":18446744073709551615,"name":"rx","link-offset":4000000000,
+    EXPECT_EQ(written(d), canon(R"({"session-id":18446744073709551615,"name":"rx","link-offset":4000000000,
         "user-sdp":"v=0","rem-sid":{"id":7,"media-idx":2,"payload-type":44,"nmos":{"sender":"s","receiver":"r"}},
-        "channel-list":[{"interface":{"type":12,"string":"auto"},"interface-index":0,"channel":3}]})")));
+        "channel-list":[{"interface":{"type":12,"string":"auto"},"interface-index":0,"channel":3}]})"));
 }
 
 TEST(DestinationApi, RemoteSelectionReadingTable) {
@@ -60,7 +59,7 @@ TEST(DestinationApi, RemoteSelectionReadingTable) {
             continue;
         }
         d.Deserialize(doc);
-        EXPECT_EQ(written(d.m_rem_sid), jsonText(jsonOf(row.expected))) << row.doc;
+        EXPECT_EQ(written(d.m_rem_sid), canon(row.expected)) << row.doc;
         EXPECT_EQ(d.m_network_index, -1);
     }
 }
@@ -84,8 +83,7 @@ TEST(VolumeGainApi, SerializeAndDeserialize) {
               std::vector<std::string>(2, "GainApi ----- Message Deserialized"));
     api.m_changes.resize(1);
     EXPECT_EQ(written(api),
-              jsonText(jsonOf(
-                  R"({"session-id":12,"channel-list":[{"channel-gain":-3.5,"mute":true,"position":1}]})")));
+              canon(R"({"session-id":12,"channel-list":[{"channel-gain":-3.5,"mute":true,"position":1}]})"));
 
     capture.clear();
     VolumeGainApi listener(true);

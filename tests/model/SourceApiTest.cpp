@@ -80,12 +80,12 @@ TEST(VideoSource, VideoObjectRules) {
         Json::Value out = writtenDoc(v);
         Json::Value timing;
         v.m_timing.Serialize(timing);
-        EXPECT_EQ(jsonText(timing), jsonText(jsonOf(row.timing))) << row.doc;
+        EXPECT_EQ(jsonText(timing), canon(row.timing)) << row.doc;
         for (const char* key : {"timing-mode", "initBufDelay"}) {
             EXPECT_EQ(out["video"].get(key, "absent"), timing.get(key, "absent")) << row.doc;
         }
         EXPECT_EQ(out["video"]["sof-sync-enable"].asBool(), row.sof);
-        EXPECT_EQ(jsonText(out["tributary"]), jsonText(jsonOf(row.tributary))) << row.doc;
+        EXPECT_EQ(jsonText(out["tributary"]), canon(row.tributary)) << row.doc;
     }
 }
 
@@ -108,7 +108,7 @@ TEST(VideoSource, ClearAndTributaryText) {
 
 TEST(SourceApi, ListsAndLogs) {
     SourceApi api;
-    EXPECT_EQ(jsonText(writtenDoc(api)), jsonText(jsonOf(R"({"session-id":0,"name":""})")));
+    EXPECT_EQ(written(api), canon(R"({"session-id":0,"name":""})"));
 
     LogCapture capture;
     Json::Value doc = jsonOf(R"({"session-id":18446744073709551615,"name":"s",

@@ -36,12 +36,12 @@ TEST(StreamData, MacParsing) {
 
 TEST(StreamData, DefaultsDifferFromReadingDefaults) {
     AncillaryStreamData a;
-    EXPECT_EQ(written(a), jsonText(jsonOf(R"({"type":"ancillary","class":"sender","state":"Disabled",
+    EXPECT_EQ(written(a), canon(R"({"type":"ancillary","class":"sender","state":"Disabled",
         "redundant-type":"none","vlan":{"id":0,"priority":0,"tpid":33024},"udp":{"source":20000,"destination":20000},
         "ipv4":{"local":"0.0.0.0","transport":"0.0.0.0","source-ip":"0.0.0.0","dscp":40,"ttl":64},
         "rtp":{"payload-type":98,"sscr":{"type":"unspecified","value":0}},"name":"","channel-list":[],
         "media-clk-offset":0,"network-interface-index":-1,"samples":0,"l1-bandwidth":0,"id":0,
-        "hw-id":4294967295,"unicast":false,"dst-mac-addr":"00-00-00-00-00-00","packet-size":66})")));
+        "hw-id":4294967295,"unicast":false,"dst-mac-addr":"00-00-00-00-00-00","packet-size":66})"));
     Json::Value empty = jsonOf("{}");
     a.m_state.set(State::ENABLED);
     a.Deserialize(empty);
@@ -63,7 +63,7 @@ TEST(StreamData, FullDocumentRoundTripsAndWrongKindsThrow) {
     Json::Value doc = jsonOf(full);
     a.m_payload_size = 4;
     a.Deserialize(doc);
-    EXPECT_EQ(written(a), jsonText(jsonOf(full)));
+    EXPECT_EQ(written(a), canon(full));
 
     for (const char* bad :
          {R"({"vlan":[]})", R"({"udp":{"source":"x"}})", R"({"hw-id":-1})", R"({"samples":-1})",
