@@ -31,6 +31,12 @@ public:
     };
 
     SdpMedia() = default;
+    // The declared destructor would suppress the implicit moves; a parse hands its
+    // result over by moving it.
+    SdpMedia(const SdpMedia&) = default;
+    SdpMedia(SdpMedia&&) = default;
+    SdpMedia& operator=(const SdpMedia&) = default;
+    SdpMedia& operator=(SdpMedia&&) = default;
     ~SdpMedia() override = default;
 
     void Serialize(Json::Value& out) const override;

@@ -17,6 +17,12 @@
 class SdpSession : public IJsonSerializable {
 public:
     SdpSession() = default;
+    // The declared destructor would suppress the implicit moves; a parse hands its
+    // result over by moving it.
+    SdpSession(const SdpSession&) = default;
+    SdpSession(SdpSession&&) = default;
+    SdpSession& operator=(const SdpSession&) = default;
+    SdpSession& operator=(SdpSession&&) = default;
     ~SdpSession() override = default;
 
     void Serialize(Json::Value& out) const override;
