@@ -1,19 +1,23 @@
 // SDP text -> SdpSession: splitting, grouping lines, session-level and media-level
 // rules, and the minimum-configuration check.
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
+#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "platform/ChkLog.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
+#include "platform/ChkLog.h"
 #include "sdp/SdpBoard.h"
 #include "sdp/SdpText.h"
 
@@ -22,10 +26,10 @@ namespace {
 const std::string::size_type npos = std::string::npos;
 
 // A message for the user: logged at level 2 and kept for the reply to the user.
-#define SDP_USER_MESSAGE(...)                                      \
-    do {                                                           \
-        Logger::getInstance()->logMessage(2, __VA_ARGS__);         \
-        ErrorAuxMsg::getInstance()->addMessage(__VA_ARGS__);       \
+#define SDP_USER_MESSAGE(...)                                \
+    do {                                                     \
+        Logger::getInstance()->logMessage(2, __VA_ARGS__);   \
+        ErrorAuxMsg::getInstance()->addMessage(__VA_ARGS__); \
     } while (0)
 
 enum class Conversion { Ok, Empty, Invalid, OutOfRange };
@@ -58,6 +62,10 @@ Conversion convertUnsigned(const char* p, const char* end, unsigned bits, unsign
     }
     const unsigned long long max =
         bits >= 64 ? std::numeric_limits<unsigned long long>::max() : ((1ULL << bits) - 1ULL);
+    // value * base + digit exceeds max exactly when value passes these (one division
+    // per number instead of one per digit).
+    const unsigned long long cutoff = max / base;
+    const unsigned long long cutlim = max % base;
     unsigned long long value = 0;
     bool any = false;
     bool overflow = false;
@@ -77,7 +85,7 @@ Conversion convertUnsigned(const char* p, const char* end, unsigned bits, unsign
             break;
         }
         any = true;
-        if (value > (max - digit) / base) {
+        if (value > cutoff || (value == cutoff && digit > cutlim)) {
             overflow = true;
         } else {
             value = value * base + digit;
@@ -93,7 +101,12 @@ Conversion convertUnsigned(const char* p, const char* end, unsigned bits, unsign
     return Conversion::Ok;
 }
 
-unsigned int toUnsigned(const std::string& text, size_t begin, size_t end = npos) {
+// The text of a number that failed to convert, for the log line.
+std::string failedText(std::string_view text, size_t begin, size_t end) {
+    return std::string(text.substr(begin, end - begin));
+}
+
+unsigned int toUnsigned(std::string_view text, size_t begin, size_t end = npos) {
     if (end > text.size()) {
         end = text.size();
     }
@@ -109,19 +122,21 @@ unsigned int toUnsigned(const std::string& text, size_t begin, size_t end = npos
             return 0;
         case Conversion::Invalid:
             if (Logger::isEnabled(2)) {
-                Logger::log(2, "trying to convert to integer invalid value: %s", text.substr(begin, end - begin).c_str());
+                Logger::log(2, "trying to convert to integer invalid value: %s",
+                            failedText(text, begin, end).c_str());
             }
             return 0;
         case Conversion::OutOfRange:
             if (Logger::isEnabled(2)) {
-                Logger::log(2, "trying to convert to integer out of range: %s", text.substr(begin, end - begin).c_str());
+                Logger::log(2, "trying to convert to integer out of range: %s",
+                            failedText(text, begin, end).c_str());
             }
             return 0;
     }
     return 0;
 }
 
-unsigned long long toUnsigned64(const std::string& text, size_t begin, size_t end = npos) {
+unsigned long long toUnsigned64(std::string_view text, size_t begin, size_t end = npos) {
     if (end > text.size()) {
         end = text.size();
     }
@@ -138,13 +153,13 @@ unsigned long long toUnsigned64(const std::string& text, size_t begin, size_t en
         case Conversion::Invalid:
             if (Logger::isEnabled(2)) {
                 Logger::log(2, "trying to convert to long long invalid value: %s",
-                            text.substr(begin, end - begin).c_str());
+                            failedText(text, begin, end).c_str());
             }
             return 0;
         case Conversion::OutOfRange:
             if (Logger::isEnabled(2)) {
                 Logger::log(2, "trying to convert to long long out of range: %s",
-                            text.substr(begin, end - begin).c_str());
+                            failedText(text, begin, end).c_str());
             }
             return 0;
     }
@@ -154,7 +169,7 @@ unsigned long long toUnsigned64(const std::string& text, size_t begin, size_t en
 // Formatted stream extraction of an unsigned 64-bit decimal number: white space is
 // skipped, a sign is accepted (a minus wraps), no digit gives 0, overflow gives the
 // largest value.
-unsigned long long extractUnsigned64(const std::string& text, size_t begin, size_t end) {
+unsigned long long extractUnsigned64(std::string_view text, size_t begin, size_t end) {
     while (begin < end && sdptext::isSpace(text[begin])) {
         ++begin;
     }
@@ -194,13 +209,151 @@ int saturatingInt(float value) {
     return static_cast<int>(value);
 }
 
-bool contains(const std::string& line, const char* token) { return line.find(token) != npos; }
+// ---- line tokens ----
+
+// The tokens by which the rules recognise a line. Each has "=" as its second character,
+// so one pass over the "=" signs of a line finds the first occurrence of all of them;
+// the rules then ask that table instead of searching the line once per token.
+enum Token : unsigned {
+    kMediaToken,         // "m="
+    kInfoToken,          // "i="
+    kVersionToken,       // "v="
+    kOriginToken,        // "o="
+    kNameToken,          // "s="
+    kTimeToken,          // "t="
+    kConnectionToken,    // "c=IN IP4 "
+    kRtpmapToken,        // "a=rtpmap:"
+    kFramecountToken,    // "a=framecount:"
+    kPtimeToken,         // "a=ptime:"
+    kMidToken,           // "a=mid:"
+    kRefclkToken,        // "a=ts-refclk:"
+    kSourceFilterToken,  // "a=source-filter"
+    kMediaclkToken,      // "a=mediaclk:"
+    kClockDomainToken,   // "a=clock-domain:"
+    kFmtpToken,          // "a=fmtp:"
+    kFramerateToken,     // "a=framerate:"
+    kGroupToken,         // "a=group:"
+    kTokenCount
+};
+
+struct AttributeToken {
+    Token token;
+    std::string_view name;  // what follows "a="
+};
+
+constexpr AttributeToken kAttributeTokens[] = {
+    {kRtpmapToken, "rtpmap:"},     {kFramecountToken, "framecount:"},
+    {kPtimeToken, "ptime:"},       {kMidToken, "mid:"},
+    {kRefclkToken, "ts-refclk:"},  {kSourceFilterToken, "source-filter"},
+    {kMediaclkToken, "mediaclk:"}, {kClockDomainToken, "clock-domain:"},
+    {kFmtpToken, "fmtp:"},         {kFramerateToken, "framerate:"},
+    {kGroupToken, "group:"},
+};
+
+bool startsWith(std::string_view text, std::string_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+// One line of the text (a view into it) with the position of the first occurrence of
+// each token (npos when absent).
+class SdpLine {
+public:
+    explicit SdpLine(std::string_view text) : m_text(text) {
+        std::fill(std::begin(m_at), std::end(m_at), npos);
+        for (size_t equals = text.find('=', 1); equals != npos; equals = text.find('=', equals + 1)) {
+            const size_t at = equals - 1;
+            const std::string_view rest = text.substr(equals + 1);
+            switch (text[at]) {
+                case 'm':
+                    note(kMediaToken, at);
+                    break;
+                case 'i':
+                    note(kInfoToken, at);
+                    break;
+                case 'v':
+                    note(kVersionToken, at);
+                    break;
+                case 'o':
+                    note(kOriginToken, at);
+                    break;
+                case 's':
+                    note(kNameToken, at);
+                    break;
+                case 't':
+                    note(kTimeToken, at);
+                    break;
+                case 'c':
+                    if (startsWith(rest, "IN IP4 ")) {
+                        note(kConnectionToken, at);
+                    }
+                    break;
+                case 'a':
+                    for (const AttributeToken& attribute : kAttributeTokens) {
+                        if (!rest.empty() && rest[0] == attribute.name[0] &&
+                            startsWith(rest, attribute.name)) {
+                            note(attribute.token, at);
+                            break;
+                        }
+                    }
+                    break;
+                default:
+                    break;
+            }
+        }
+    }
+
+    std::string_view text() const { return m_text; }
+    size_t at(Token token) const { return m_at[token]; }
+    bool has(Token token) const { return m_at[token] != npos; }
+
+    // Drops everything from the first "\r" on. No token contains "\r", so the tokens
+    // found before it are still where they were and the others are gone.
+    void cutAtCarriageReturn() {
+        const size_t cut = m_text.find('\r');
+        if (cut == npos) {
+            return;
+        }
+        m_text = m_text.substr(0, cut);
+        for (size_t& at : m_at) {
+            if (at != npos && at >= cut) {
+                at = npos;
+            }
+        }
+    }
+
+private:
+    void note(Token token, size_t at) {
+        if (m_at[token] == npos) {
+            m_at[token] = at;
+        }
+    }
+
+    std::string_view m_text;
+    size_t m_at[kTokenCount];
+};
+
+std::vector<SdpLine> scanLines(const std::vector<std::string>& lines) {
+    std::vector<SdpLine> scanned;
+    scanned.reserve(lines.size());
+    for (const std::string& line : lines) {
+        scanned.emplace_back(line);
+    }
+    return scanned;
+}
+
+// printf arguments of a view: "%.*s" stops at a NUL just as "%s" of the line's C string.
+#define SDP_VIEW(view) static_cast<int>((view).size()), (view).data()
+
+bool hasMediaToken(const SdpLine& line) {
+    return line.has(kConnectionToken) || line.has(kClockDomainToken) || line.has(kRefclkToken) ||
+           line.has(kSourceFilterToken);
+}
 
 // Value of an fmtp key: from the end of the key to the next ";" searched from the key,
 // or to the end of the line.
 enum class FmtpKey { Missing, AtLineEnd, Found };
 
-FmtpKey fmtpValue(const std::string& line, const std::string& key, std::string& value) {
+FmtpKey fmtpValue(std::string_view line, std::string_view key, std::string_view& value) {
     const size_t at = line.find(key);
     if (at == npos) {
         return FmtpKey::Missing;
@@ -214,205 +367,53 @@ FmtpKey fmtpValue(const std::string& line, const std::string& key, std::string& 
     return FmtpKey::Found;
 }
 
-}  // namespace
-
-// ---- lenient conversions ----
-
-unsigned int SdpConverter::parseUnsigned(const std::string& text) { return toUnsigned(text, 0); }
-
-unsigned long long SdpConverter::parseUnsigned64(const std::string& text) { return toUnsigned64(text, 0); }
-
-// ---- session level ----
-
-int SdpConverter::parseSdp(const std::string& text) {
-    try {
-        const int result = parseSdpInternal(text);
-        Logger::log(6, "SDP PARSE returned %d", result);
-        return result;
-    } catch (...) {
-        Logger::log(2, "SDP PARSE threw exception");
-        return -7;
-    }
+// The standard strict conversions, which need a NUL-terminated text.
+int strictInt(std::string_view text) {
+    return std::stoi(std::string(text));
+}
+float strictFloat(std::string_view text) {
+    return std::stof(std::string(text));
 }
 
-int SdpConverter::parseSdpInternal(const std::string& text) {
-    SdpSession session;
-    Logger::log(7, "SDP:: generating from SDP String format");
+// ---- grouping lines ----
 
-    std::vector<std::string> lines;
-    lines.reserve(32);
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t end = text.find('\n', start);
-        if (end == npos) {
-            end = text.size();
-        }
-        if (end > start) {
-            lines.emplace_back(text, start, end - start);
-        }
-        start = end + 1;
+void splitGroupItems(std::string_view items, SdpGroup& group) {
+    Logger::log(6, "SDP:: found group in SDP %.*s", SDP_VIEW(items));
+    size_t begin = 0;
+    size_t space;
+    while ((space = items.find(' ', begin)) != npos) {
+        group.m_items.emplace_back(sdptext::trim(items.substr(begin, space - begin)));
+        Logger::log(7, "SDP:: parsed group item %s", group.m_items.back().c_str());
+        begin = space + 1;
     }
-    Logger::log(7, "SDP:: incoming SDP was split into %d lines", static_cast<int>(lines.size()));
-
-    SdpGroup group;
-    PIMAV_CHK(parseGroups(lines, group));
-
-    std::vector<std::string> sessionLines;
-    std::vector<std::string> mediaLines;
-    std::vector<size_t> boundaries;
-    std::vector<std::string> leftoverLines;
-    std::vector<std::string> ignoredLines;
-    sessionLines.reserve(lines.size());
-    mediaLines.reserve(lines.size());
-    int mediaCount = 0;
-    for (std::string& line : lines) {
-        const size_t cut = line.find_first_of("\n\r");
-        if (cut != npos) {
-            line.erase(cut);
-        }
-        if (contains(line, "m=")) {
-            Logger::log(7, "::Media found::%d", static_cast<int>(mediaLines.size()));
-            if (mediaCount > 0) {
-                boundaries.push_back(mediaLines.size());
-            }
-            ++mediaCount;
-            mediaLines.push_back(std::move(line));
-        } else if (mediaCount > 0) {
-            mediaLines.push_back(std::move(line));
-        } else if (group.m_items.empty() && isMediaLine(line)) {
-            mediaLines.push_back(std::move(line));
-        } else {
-            sessionLines.push_back(std::move(line));
-        }
-    }
-    boundaries.push_back(mediaLines.size());
-    Logger::log(6, "::We have found %d Media session in this sdp", mediaCount);
-
-    parseSdpSession(&session, &sessionLines, &ignoredLines);
-
-    session.m_media.reserve(static_cast<size_t>(mediaCount));
-    std::string noItem;
-    for (int k = 1; k <= mediaCount; ++k) {
-        const size_t first = (k == 1) ? 0 : boundaries[static_cast<size_t>(k) - 2];
-        const size_t last = boundaries[static_cast<size_t>(k) - 1];
-        Logger::log(7, "splitting vector [%d - %d]", static_cast<int>(first), static_cast<int>(last));
-        std::vector<std::string> section(std::make_move_iterator(mediaLines.begin() + static_cast<long>(first)),
-                                         std::make_move_iterator(mediaLines.begin() + static_cast<long>(last)));
-        SdpMedia media;
-        if (static_cast<size_t>(k) > group.m_items.size()) {
-            PIMAV_CHK(parseSdpMedia(&media, &section, &leftoverLines, group.m_type, noItem));
-        } else {
-            PIMAV_CHK(parseSdpMedia(&media, &section, &leftoverLines, group.m_type,
-                                    group.m_items[static_cast<size_t>(k) - 1]));
-        }
-        session.m_media.push_back(std::move(media));
-    }
-
-    parseSdpSession(&session, &leftoverLines, &ignoredLines);
-
-    if (Logger::isEnabled(4)) {
-        for (const std::string& line : ignoredLines) {
-            Logger::log(4, "Ignored line:[%s]", line.c_str());
-        }
-    }
-
-    PIMAV_CHK(checkMinimumCfg(&session));
-
-    m_session = std::move(session);
-    m_sdp = text;
-    return 0;
+    group.m_items.emplace_back(sdptext::trim(items.substr(begin)));
+    Logger::log(7, "SDP:: parsed last group item %s", group.m_items.back().c_str());
 }
 
-int SdpConverter::parseSdpSession(SdpSession* session, std::vector<std::string>* lines,
-                                  std::vector<std::string>* ignored) {
-    if (session == nullptr || lines == nullptr || ignored == nullptr) {
-        Logger::log(2, "%s:: Parameter is null.", "parseSdpSession");
-        return -4;
-    }
-    for (std::string& line : *lines) {
-        size_t at;
-        if ((at = line.find("v=")) != npos) {
-            session->m_protocol_version = static_cast<uint8_t>(toUnsigned(line, at + 2));
-            Logger::log(7, "::Version found::%d", session->m_protocol_version);
-        } else if ((at = line.find("o=")) != npos) {
-            const size_t userBegin = at + 2;
-            const size_t userEnd = line.find(' ', userBegin);
-            session->m_user_name.assign(line, userBegin, userEnd == npos ? npos : userEnd - userBegin);
-            Logger::log(7, "::User name found::%s", session->m_user_name.c_str());
-            if (userEnd == npos) {
-                continue;
-            }
-            const size_t idBegin = userEnd + 1;
-            const size_t idEnd = line.find(' ', idBegin);
-            session->m_session_id = extractUnsigned64(line, idBegin, idEnd == npos ? line.size() : idEnd);
-            Logger::log(7, "::Session id found::%llu", static_cast<unsigned long long>(session->m_session_id));
-            if (idEnd == npos) {
-                continue;
-            }
-            const size_t versionBegin = idEnd + 1;
-            const size_t versionEnd = line.find(' ', versionBegin);
-            if (versionEnd != npos) {
-                session->m_session_version = toUnsigned64(line, versionBegin, versionEnd);
-                Logger::log(7, "::Session version found::%llu",
-                            static_cast<unsigned long long>(session->m_session_version));
-            }
-            const size_t ip = line.find("IN IP4 ", versionBegin);
-            if (ip != npos) {
-                const std::string address = line.substr(ip + 7);
-                if (sdptext::parseIp(address.c_str(), session->m_local_ip)) {
-                    Logger::log(7, "::Source IP found [%s]", address.c_str());
-                } else {
-                    Logger::log(2, "Error parsing IP [%s]: invalid IP address", address.c_str());
-                    Logger::log(5, "::Source IP found but it is invalid: [%s]", address.c_str());
-                }
-            }
-        } else if ((at = line.find("s=")) != npos) {
-            session->m_info.assign(line, at + 2, npos);
-            Logger::log(7, "::Description found::%s", session->m_info.c_str());
-        } else if ((at = line.find("t=")) != npos) {
-            const size_t startBegin = at + 2;
-            const size_t space = line.find(' ', startBegin);
-            session->m_time.m_start = toUnsigned(line, startBegin, space);
-            session->m_time.m_stop = (space == npos) ? 0 : toUnsigned(line, space + 1);
-            Logger::log(7, "::start time %d Stop time %d", session->m_time.m_start, session->m_time.m_stop);
-        } else {
-            ignored->push_back(line);
-        }
-    }
-    return 0;
-}
-
-bool SdpConverter::isMediaLine(const std::string& line) {
-    return contains(line, "c=IN IP4 ") || contains(line, "a=clock-domain:") || contains(line, "a=ts-refclk:") ||
-           contains(line, "a=source-filter");
-}
-
-int SdpConverter::parseGroups(std::vector<std::string>& lines, SdpGroup& group) {
-    static const std::string kDup = "a=group:DUP ";
-    static const std::string kMulti2si = std::string("a=group:") + "MULTI-2SI" + " ";
-    static const std::string kMultiSd = std::string("a=group:") + "MULTI-SD" + " ";
-    static const std::string kPhased = std::string("a=group:") + "PHASED" + " ";
+int readGroups(const std::vector<SdpLine>& lines, SdpGroup& group) {
+    constexpr std::string_view kDup = "a=group:DUP ";
+    constexpr std::string_view kMulti2si = "a=group:MULTI-2SI ";
+    constexpr std::string_view kMultiSd = "a=group:MULTI-SD ";
+    constexpr std::string_view kPhased = "a=group:PHASED ";
     bool multiSeen = false;
-    for (std::string& line : lines) {
-        if (line.find("a=group:") == npos) {
+    for (const SdpLine& scanned : lines) {
+        if (!scanned.has(kGroupToken)) {
             continue;  // none of the tokens below can match
         }
-        size_t at;
-        if (!multiSeen && (at = line.find(kDup)) != npos) {
+        // A grouping line begins with its token: the items follow it.
+        const std::string_view line = scanned.text();
+        if (!multiSeen && line.find(kDup) != npos) {
             group.m_type = SdpGroup::GROUP_DUP;
-            std::string token = kDup;
-            getGroups(token, static_cast<unsigned int>(at), line, group);
+            splitGroupItems(line.substr(std::min(kDup.size(), line.size())), group);
         }
-        if ((at = line.find(kMulti2si)) != npos) {
+        if (line.find(kMulti2si) != npos) {
             group.m_type = SdpGroup::GROUP_MULTI_2SI;
-            std::string token = kMulti2si;
-            getGroups(token, static_cast<unsigned int>(at), line, group);
+            splitGroupItems(line.substr(std::min(kMulti2si.size(), line.size())), group);
             multiSeen = true;
         }
-        if ((at = line.find(kMultiSd)) != npos) {
+        if (line.find(kMultiSd) != npos) {
             group.m_type = SdpGroup::GROUP_MULTI_SD;
-            std::string token = kMultiSd;
-            getGroups(token, static_cast<unsigned int>(at), line, group);
+            splitGroupItems(line.substr(std::min(kMultiSd.size(), line.size())), group);
             multiSeen = true;
         }
         if (line.find(kPhased) != npos) {
@@ -423,269 +424,243 @@ int SdpConverter::parseGroups(std::vector<std::string>& lines, SdpGroup& group) 
     return 0;
 }
 
-int SdpConverter::getGroups(std::string& token, unsigned int position, std::string& line, SdpGroup& group) {
-    (void)position;  // grouping lines begin with their token
-    std::string items = line.substr(token.size() < line.size() ? token.size() : line.size());
-    Logger::log(6, "SDP:: found group in SDP %s", items.c_str());
-    size_t begin = 0;
-    size_t space;
-    while ((space = items.find(' ', begin)) != npos) {
-        group.m_items.push_back(sdptext::trim(items, begin, space));
-        Logger::log(7, "SDP:: parsed group item %s", group.m_items.back().c_str());
-        begin = space + 1;
+// ---- session level ----
+
+void readOrigin(SdpSession& session, std::string_view line, size_t at) {
+    const size_t userBegin = at + 2;
+    const size_t userEnd = line.find(' ', userBegin);
+    session.m_user_name.assign(line.substr(userBegin, userEnd == npos ? npos : userEnd - userBegin));
+    Logger::log(7, "::User name found::%s", session.m_user_name.c_str());
+    if (userEnd == npos) {
+        return;
     }
-    group.m_items.push_back(sdptext::trim(items, begin));
-    Logger::log(7, "SDP:: parsed last group item %s", group.m_items.back().c_str());
-    return 0;
+    const size_t idBegin = userEnd + 1;
+    const size_t idEnd = line.find(' ', idBegin);
+    session.m_session_id = extractUnsigned64(line, idBegin, idEnd == npos ? line.size() : idEnd);
+    Logger::log(7, "::Session id found::%llu", static_cast<unsigned long long>(session.m_session_id));
+    if (idEnd == npos) {
+        return;
+    }
+    const size_t versionBegin = idEnd + 1;
+    const size_t versionEnd = line.find(' ', versionBegin);
+    if (versionEnd != npos) {
+        session.m_session_version = toUnsigned64(line, versionBegin, versionEnd);
+        Logger::log(7, "::Session version found::%llu",
+                    static_cast<unsigned long long>(session.m_session_version));
+    }
+    const size_t ip = line.find("IN IP4 ", versionBegin);
+    if (ip != npos) {
+        const std::string_view address = line.substr(ip + 7);
+        if (sdptext::parseIp(address, session.m_local_ip)) {
+            Logger::log(7, "::Source IP found [%.*s]", SDP_VIEW(address));
+        } else {
+            Logger::log(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(address));
+            Logger::log(5, "::Source IP found but it is invalid: [%.*s]", SDP_VIEW(address));
+        }
+    }
+}
+
+// The session-level rules; lines that none takes are appended to `ignored`.
+void readSessionLines(SdpSession& session, const std::vector<SdpLine>& lines,
+                      std::vector<std::string_view>& ignored) {
+    for (const SdpLine& scanned : lines) {
+        const std::string_view line = scanned.text();
+        if (scanned.has(kVersionToken)) {
+            session.m_protocol_version =
+                static_cast<uint8_t>(toUnsigned(line, scanned.at(kVersionToken) + 2));
+            Logger::log(7, "::Version found::%d", session.m_protocol_version);
+        } else if (scanned.has(kOriginToken)) {
+            readOrigin(session, line, scanned.at(kOriginToken));
+        } else if (scanned.has(kNameToken)) {
+            session.m_info.assign(line.substr(scanned.at(kNameToken) + 2));
+            Logger::log(7, "::Description found::%s", session.m_info.c_str());
+        } else if (scanned.has(kTimeToken)) {
+            const size_t startBegin = scanned.at(kTimeToken) + 2;
+            const size_t space = line.find(' ', startBegin);
+            session.m_time.m_start = toUnsigned(line, startBegin, space);
+            session.m_time.m_stop = (space == npos) ? 0 : toUnsigned(line, space + 1);
+            Logger::log(7, "::start time %d Stop time %d", session.m_time.m_start, session.m_time.m_stop);
+        } else {
+            ignored.push_back(line);
+        }
+    }
 }
 
 // ---- media level ----
 
-int SdpConverter::parseSdpMedia(SdpMedia* media, std::vector<std::string>* lines,
-                                std::vector<std::string>* leftovers, SdpGroup::Type groupType,
-                                std::string& groupItem) {
-    if (media == nullptr || lines == nullptr || leftovers == nullptr) {
-        Logger::log(2, "%s:: Parameter is null.", "parseSdpMedia");
-        return -4;
+void readMediaLine(SdpMedia& media, std::string_view line, size_t at) {
+    const size_t typeBegin = at + 2;
+    const size_t typeEnd = line.find(' ', typeBegin);
+    const std::string_view typeField = line.substr(typeBegin, typeEnd == npos ? npos : typeEnd - typeBegin);
+    media.m_type = SdpMedia::NOT_RECOGNIZED;
+    if (typeField.find("audio") != npos) {
+        media.m_type = SdpMedia::AUDIO;
     }
-    for (std::string& line : *lines) {
-        bool consumed = false;
-        size_t at;
-
-        // First stage: four independent tests.
-        if ((at = line.find("m=")) != npos) {
-            consumed = true;
-            const size_t typeBegin = at + 2;
-            const size_t typeEnd = line.find(' ', typeBegin);
-            const size_t typeLen = (typeEnd == npos ? line.size() : typeEnd) - typeBegin;
-            const std::string typeField = line.substr(typeBegin, typeLen);
-            media->m_type = SdpMedia::NOT_RECOGNIZED;
-            if (typeField.find("audio") != npos) {
-                media->m_type = SdpMedia::AUDIO;
-            }
-            if (typeField.find("video") != npos) {
-                media->m_type = SdpMedia::VIDEO;
-            }
-            Logger::log(7, "::Media Type found::%d", static_cast<int>(media->m_type));
-            if (typeEnd != npos) {
-                const size_t portBegin = typeEnd + 1;
-                const size_t portEnd = line.find(' ', portBegin);
-                media->m_udp_port = toUnsigned(line, portBegin, portEnd);
-                Logger::log(7, "::UDP port found::%d", media->m_udp_port);
-                if (portEnd != npos) {
-                    const size_t protoBegin = portEnd + 1;
-                    const size_t protoEnd = line.find(' ', protoBegin);
-                    if (protoEnd != npos) {
-                        media->m_protocol.assign(line, protoBegin, protoEnd - protoBegin);
-                        Logger::log(7, "::Protocol found::%s", media->m_protocol.c_str());
-                        media->m_payload_types.clear();
-                        size_t fieldBegin = protoEnd + 1;
-                        for (;;) {
-                            const size_t fieldEnd = line.find(' ', fieldBegin);
-                            const uint8_t payloadType = static_cast<uint8_t>(toUnsigned(line, fieldBegin, fieldEnd));
-                            media->m_payload_types.push_back(payloadType);
-                            Logger::log(7, "::[Media] Found payload type [%d]", payloadType);
-                            if (fieldEnd == npos) {
-                                break;
-                            }
-                            fieldBegin = fieldEnd + 1;
-                        }
-                        Logger::log(7, "::%d RTP map(s) expected::", static_cast<int>(media->m_payload_types.size()));
-                    }
-                }
-            }
-        }
-        if ((at = line.find("a=rtpmap:")) != npos) {
-            consumed = true;
-            SdpMediaRtpMap map;
-            const size_t ptBegin = at + 9;
-            const size_t ptEnd = line.find(' ', ptBegin);
-            map.m_payload_type = static_cast<uint8_t>(toUnsigned(line, ptBegin, ptEnd));
-            Logger::log(7, "::[RTP map] Payload type found::%d", map.m_payload_type);
-            const size_t nameBegin = (ptEnd == npos) ? line.size() : ptEnd + 1;
-            const size_t slash1 = line.find('/', nameBegin);
-            const std::string name = line.substr(nameBegin, slash1 == npos ? npos : slash1 - nameBegin);
-            Logger::log(7, "::Codec found::%s", name.c_str());
-            if (map.m_codec.setCodec(name) < 0) {
-                Logger::log(5, "::Codec not recognized, using %s as standard::%s", map.m_codec.toString().c_str(),
-                            name.c_str());
-            }
-            const size_t rateBegin = (slash1 == npos) ? line.size() : slash1 + 1;
-            const size_t slash2 = (slash1 == npos) ? npos : line.find('/', rateBegin);
-            map.m_channel_freq = toUnsigned(line, rateBegin, slash2);
-            Logger::log(7, "::Sampling frequency found::%d", map.m_channel_freq);
-            if (sdpboard::isAudioCodec(map.m_codec)) {
-                if (slash2 == npos) {
-                    // No channel field: the whole line is no number.
-                    Logger::log(2, "trying to convert to integer invalid value: %s", line.c_str());
-                    map.m_number_channels = 0;
-                } else {
-                    map.m_number_channels = static_cast<uint16_t>(toUnsigned(line, slash2 + 1));
-                }
-            } else {
-                map.m_number_channels = 1;
-            }
-            Logger::log(7, "::Number of channels found::%d", map.m_number_channels);
-            media->m_rtp_maps.push_back(std::move(map));
-        }
-        if ((at = line.find("a=framecount:")) != npos) {
-            consumed = true;
-            media->m_number_samples = static_cast<uint8_t>(toUnsigned(line, at + 13));
-            Logger::log(7, "::Number of samples found::%d", media->m_number_samples);
-        }
-        if ((at = line.find("a=ptime:")) != npos) {
-            consumed = true;
-            media->m_ptime = std::stof(line.substr(at + 8));
-            Logger::log(7, "::Packet time found::%4.3f", static_cast<double>(media->m_ptime));
-        }
-
-        // Second stage: the first token found decides.
-        if ((at = line.find("i=")) != npos) {
-            media->m_info.assign(line, at + 2, npos);
-            Logger::log(7, "::Description found::%s", media->m_info.c_str());
-        } else if ((at = line.find("a=mid:")) != npos) {
-            media->m_group = sdptext::trim(line, at + 6);
-            if (groupType == SdpGroup::GROUP_MULTI_2SI || groupType == SdpGroup::GROUP_MULTI_SD) {
-                bool integer = true;
-                try {
-                    (void)std::stoi(media->m_group);
-                } catch (const std::exception&) {
-                    integer = false;
-                }
-                if (!integer) {
-                    Logger::log(2, "Media identification in group is invalid and needs to be an integer: %s",
-                                media->m_group.c_str());
-                    return -7;
-                }
-            }
-            media->m_group_type = groupType;
-            Logger::log(7, "::Group found::%s", media->m_group.c_str());
-        } else if ((at = line.find("a=ts-refclk:")) != npos) {
-            const size_t sourceBegin = at + 12;
-            const size_t equals = line.find('=', sourceBegin);
-            const size_t sourceEnd = (equals == npos) ? line.size() : equals;
-            if (line.substr(sourceBegin, sourceEnd - sourceBegin).find("ptp") == npos) {
-                if (Logger::isEnabled(2)) {
-                    Logger::log(2, "::Clock reference is not PTP!! we do not support that yet.::%s",
-                                line.substr(sourceBegin, sourceEnd - sourceBegin).c_str());
-                }
-            } else {
-                media->m_clock_is_ptp = true;
-                const size_t colon1 = (equals == npos) ? npos : line.find(':', equals);
-                if (colon1 != npos) {
-                    const size_t colon2 = line.find(':', colon1 + 1);
-                    media->m_ptp_gm_id.assign(line, colon1 + 1, colon2 == npos ? npos : colon2 - colon1 - 1);
-                    for (char& c : media->m_ptp_gm_id) {
-                        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-                    }
-                    Logger::log(7, "::GM ID found::%s", media->m_ptp_gm_id.c_str());
-                    if (colon2 != npos) {
-                        const size_t domainBegin = colon2 + 1;
-                        if (line.find("domain-nmbr", domainBegin) != npos) {
-                            const size_t eq = line.find('=', domainBegin);
-                            media->m_ptp_domain =
-                                static_cast<uint8_t>(toUnsigned(line, eq == npos ? line.size() : eq + 1));
-                            Logger::log(7, "::[AES67-2015]Ptp domain found::%d", media->m_ptp_domain);
-                        } else {
-                            media->m_ptp_domain = static_cast<uint8_t>(toUnsigned(line, domainBegin));
-                            Logger::log(7, "::[AES67-2013]Ptp domain found::%d", media->m_ptp_domain);
-                        }
-                    }
-                }
-            }
-        } else if ((at = line.find("c=IN IP4 ")) != npos) {
-            const size_t addressBegin = at + 9;
-            const size_t slash = line.find('/', addressBegin);
-            const std::string address = line.substr(addressBegin, slash == npos ? npos : slash - addressBegin);
-            Logger::log(7, "::Destination IP found::%s", address.c_str());
-            if (!sdptext::parseIp(address.c_str(), media->m_transport_ip)) {
-                Logger::log(2, "Error parsing IP [%s]: invalid IP address", address.c_str());
-                Logger::log(5, "::Destination IP found but it is invalid: [%s]", address.c_str());
-            }
-            if (slash != npos) {
-                media->m_ttl = static_cast<uint8_t>(toUnsigned(line, slash + 1));
-                Logger::log(7, "::TTL found::%d", media->m_ttl);
-            }
-        } else if ((at = line.find("a=source-filter")) != npos) {
-            const size_t ip4 = line.find("IP4 ");
-            if (ip4 != npos) {
-                const size_t destBegin = ip4 + 4;
-                const size_t space = line.find(' ', destBegin);
-                const std::string destination = line.substr(destBegin, space == npos ? npos : space - destBegin);
-                const std::string source = (space == npos) ? std::string() : line.substr(space + 1);
-                if (sdptext::parseIp(destination.c_str(), media->m_transport_ip)) {
-                    if (Logger::isEnabled(7)) {
-                        Logger::log(7, "::Destination IP found::%s", sdptext::IpText(media->m_transport_ip).c_str());
-                    }
-                } else {
-                    Logger::log(2, "Error parsing IP [%s]: invalid IP address", destination.c_str());
-                    Logger::log(5, "::Destination IP found but it is invalid: [%s]", destination.c_str());
-                }
-                if (sdptext::parseIp(source.c_str(), media->m_local_ip)) {
-                    if (Logger::isEnabled(7)) {
-                        Logger::log(7, "::Source IP found::%s", sdptext::IpText(media->m_local_ip).c_str());
-                    }
-                } else {
-                    Logger::log(2, "Error parsing IP [%s]: invalid IP address", source.c_str());
-                    Logger::log(5, "::Source IP found but it is invalid: [%s]", source.c_str());
-                }
-            }
-        } else if ((at = line.find("a=mediaclk:")) != npos) {
-            const size_t equals = line.find('=', at + 11);
-            media->m_media_clock = toUnsigned(line, equals == npos ? line.size() : equals + 1);
-            Logger::log(7, "::Media clock found::%d", media->m_media_clock);
-        } else if ((at = line.find("a=clock-domain:")) != npos) {
-            const size_t space = line.find(' ', at + 15);
-            if (space != npos) {
-                media->m_ptp_domain = static_cast<uint8_t>(toUnsigned(line, space + 1));
-                Logger::log(7, "::clock-domain found::%d", media->m_ptp_domain);
-            }
-        } else if (parseChannelOrder(line, *media) == 0 && parseVideoValues(line, *media) == 0 && !consumed) {
-            leftovers->push_back(line);
-        }
+    if (typeField.find("video") != npos) {
+        media.m_type = SdpMedia::VIDEO;
     }
-
-    if (media->m_type == SdpMedia::VIDEO) {
-        const char* wanted = sdpboard::isDamsonTr04() ? "SMPTE2022-6" : "raw";
-        const std::string codec = media->m_rtp_maps.empty() ? std::string() : media->m_rtp_maps[0].m_codec.toString();
-        if (media->m_rtp_maps.empty() || codec != wanted) {
-            Logger::log(2, "::Stream is video, but not valid type %s.", codec.c_str());
-            return -1;
-        }
-        if (media->m_video.checkVideoDetailConsistency() < 0) {
-            Logger::log(2, "::Stream is video, but no valid video format found.");
-            return -1;
-        }
-        if (Logger::isEnabled(7)) {
-            Logger::log(7, "::Video Format found ::%s", media->m_video.toString().c_str());
-        }
+    Logger::log(7, "::Media Type found::%d", static_cast<int>(media.m_type));
+    if (typeEnd == npos) {
+        return;
     }
-    if (!groupItem.empty() && groupItem != media->m_group) {
-        Logger::log(2, "::Group (%s) delimiting the media type does not match the order set in a=group::DUP (%s)",
-                    media->m_group.c_str(), groupItem.c_str());
-        return -1;
+    const size_t portBegin = typeEnd + 1;
+    const size_t portEnd = line.find(' ', portBegin);
+    media.m_udp_port = toUnsigned(line, portBegin, portEnd);
+    Logger::log(7, "::UDP port found::%d", media.m_udp_port);
+    if (portEnd == npos) {
+        return;
     }
-    return 0;
+    const size_t protoBegin = portEnd + 1;
+    const size_t protoEnd = line.find(' ', protoBegin);
+    if (protoEnd == npos) {
+        return;  // no payload type: the protocol is not taken either
+    }
+    media.m_protocol.assign(line.substr(protoBegin, protoEnd - protoBegin));
+    Logger::log(7, "::Protocol found::%s", media.m_protocol.c_str());
+    media.m_payload_types.clear();
+    size_t fieldBegin = protoEnd + 1;
+    for (;;) {
+        const size_t fieldEnd = line.find(' ', fieldBegin);
+        const uint8_t payloadType = static_cast<uint8_t>(toUnsigned(line, fieldBegin, fieldEnd));
+        media.m_payload_types.push_back(payloadType);
+        Logger::log(7, "::[Media] Found payload type [%d]", payloadType);
+        if (fieldEnd == npos) {
+            break;
+        }
+        fieldBegin = fieldEnd + 1;
+    }
+    Logger::log(7, "::%d RTP map(s) expected::", static_cast<int>(media.m_payload_types.size()));
 }
 
-int SdpConverter::parseChannelOrder(const std::string& line, SdpMedia& media) {
-    static const std::string kOrder = "channel-order=SMPTE2110.(";
-    if (line.size() < 7 || line.find("a=fmtp:") == npos) {
+void readRtpMap(SdpMedia& media, std::string_view line, size_t at) {
+    SdpMediaRtpMap map;
+    const size_t ptBegin = at + 9;
+    const size_t ptEnd = line.find(' ', ptBegin);
+    map.m_payload_type = static_cast<uint8_t>(toUnsigned(line, ptBegin, ptEnd));
+    Logger::log(7, "::[RTP map] Payload type found::%d", map.m_payload_type);
+    const size_t nameBegin = (ptEnd == npos) ? line.size() : ptEnd + 1;
+    const size_t slash1 = line.find('/', nameBegin);
+    const std::string name(line.substr(nameBegin, slash1 == npos ? npos : slash1 - nameBegin));
+    Logger::log(7, "::Codec found::%s", name.c_str());
+    if (map.m_codec.setCodec(name) < 0) {
+        Logger::log(5, "::Codec not recognized, using %s as standard::%s", map.m_codec.toString().c_str(),
+                    name.c_str());
+    }
+    const size_t rateBegin = (slash1 == npos) ? line.size() : slash1 + 1;
+    const size_t slash2 = (slash1 == npos) ? npos : line.find('/', rateBegin);
+    map.m_channel_freq = toUnsigned(line, rateBegin, slash2);
+    Logger::log(7, "::Sampling frequency found::%d", map.m_channel_freq);
+    if (sdpboard::isAudioCodec(map.m_codec)) {
+        if (slash2 == npos) {
+            // No channel field: the whole line is no number.
+            Logger::log(2, "trying to convert to integer invalid value: %.*s", SDP_VIEW(line));
+            map.m_number_channels = 0;
+        } else {
+            map.m_number_channels = static_cast<uint16_t>(toUnsigned(line, slash2 + 1));
+        }
+    } else {
+        map.m_number_channels = 1;
+    }
+    Logger::log(7, "::Number of channels found::%d", map.m_number_channels);
+    media.m_rtp_maps.push_back(std::move(map));
+}
+
+void readReferenceClock(SdpMedia& media, std::string_view line, size_t at) {
+    const size_t sourceBegin = at + 12;
+    const size_t equals = line.find('=', sourceBegin);
+    const std::string_view source =
+        line.substr(sourceBegin, (equals == npos ? line.size() : equals) - sourceBegin);
+    if (source.find("ptp") == npos) {
+        Logger::log(2, "::Clock reference is not PTP!! we do not support that yet.::%.*s", SDP_VIEW(source));
+        return;
+    }
+    media.m_clock_is_ptp = true;
+    const size_t colon1 = (equals == npos) ? npos : line.find(':', equals);
+    if (colon1 == npos) {
+        return;
+    }
+    const size_t colon2 = line.find(':', colon1 + 1);
+    media.m_ptp_gm_id.assign(line.substr(colon1 + 1, colon2 == npos ? npos : colon2 - colon1 - 1));
+    for (char& c : media.m_ptp_gm_id) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    Logger::log(7, "::GM ID found::%s", media.m_ptp_gm_id.c_str());
+    if (colon2 == npos) {
+        return;
+    }
+    const size_t domainBegin = colon2 + 1;
+    if (line.find("domain-nmbr", domainBegin) != npos) {
+        const size_t eq = line.find('=', domainBegin);
+        media.m_ptp_domain = static_cast<uint8_t>(toUnsigned(line, eq == npos ? line.size() : eq + 1));
+        Logger::log(7, "::[AES67-2015]Ptp domain found::%d", media.m_ptp_domain);
+    } else {
+        media.m_ptp_domain = static_cast<uint8_t>(toUnsigned(line, domainBegin));
+        Logger::log(7, "::[AES67-2013]Ptp domain found::%d", media.m_ptp_domain);
+    }
+}
+
+void readConnection(SdpMedia& media, std::string_view line, size_t at) {
+    const size_t addressBegin = at + 9;
+    const size_t slash = line.find('/', addressBegin);
+    const std::string_view address = line.substr(addressBegin, slash == npos ? npos : slash - addressBegin);
+    Logger::log(7, "::Destination IP found::%.*s", SDP_VIEW(address));
+    if (!sdptext::parseIp(address, media.m_transport_ip)) {
+        Logger::log(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(address));
+        Logger::log(5, "::Destination IP found but it is invalid: [%.*s]", SDP_VIEW(address));
+    }
+    if (slash != npos) {
+        media.m_ttl = static_cast<uint8_t>(toUnsigned(line, slash + 1));
+        Logger::log(7, "::TTL found::%d", media.m_ttl);
+    }
+}
+
+void readSourceFilter(SdpMedia& media, std::string_view line) {
+    const size_t ip4 = line.find("IP4 ");
+    if (ip4 == npos) {
+        return;
+    }
+    const size_t destBegin = ip4 + 4;
+    const size_t space = line.find(' ', destBegin);
+    const std::string_view destination = line.substr(destBegin, space == npos ? npos : space - destBegin);
+    const std::string_view source = (space == npos) ? std::string_view() : line.substr(space + 1);
+    if (sdptext::parseIp(destination, media.m_transport_ip)) {
+        if (Logger::isEnabled(7)) {
+            Logger::log(7, "::Destination IP found::%s", sdptext::IpText(media.m_transport_ip).c_str());
+        }
+    } else {
+        Logger::log(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(destination));
+        Logger::log(5, "::Destination IP found but it is invalid: [%.*s]", SDP_VIEW(destination));
+    }
+    if (sdptext::parseIp(source, media.m_local_ip)) {
+        if (Logger::isEnabled(7)) {
+            Logger::log(7, "::Source IP found::%s", sdptext::IpText(media.m_local_ip).c_str());
+        }
+    } else {
+        Logger::log(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(source));
+        Logger::log(5, "::Source IP found but it is invalid: [%.*s]", SDP_VIEW(source));
+    }
+}
+
+int readChannelOrder(const SdpLine& scanned, SdpMedia& media) {
+    constexpr std::string_view kOrder = "channel-order=SMPTE2110.(";
+    const std::string_view line = scanned.text();
+    if (line.size() < 7 || !scanned.has(kFmtpToken)) {
         return 0;
     }
     const size_t at = line.find(kOrder, 7);
     if (at == npos) {
         return 0;
     }
-    Logger::log(7, "::channel-order under a=fmtp found::%s", line.c_str());
+    Logger::log(7, "::channel-order under a=fmtp found::%.*s", SDP_VIEW(line));
     size_t begin = at + kOrder.size();
     size_t comma;
     while ((comma = line.find(',', begin)) != npos) {
-        media.m_channel_order.push_back(sdptext::trim(line, begin, comma));
+        media.m_channel_order.emplace_back(sdptext::trim(line.substr(begin, comma - begin)));
         begin = comma + 1;
     }
     const size_t close = line.find(')', begin);
-    media.m_channel_order.push_back(sdptext::trim(line, begin, close));
+    media.m_channel_order.emplace_back(
+        sdptext::trim(line.substr(begin, close == npos ? npos : close - begin)));
     if (Logger::isEnabled(7)) {
         Logger::log(7, "::the following audio groups were found:");
         for (const std::string& group : media.m_channel_order) {
@@ -695,9 +670,10 @@ int SdpConverter::parseChannelOrder(const std::string& line, SdpMedia& media) {
     return 1;
 }
 
-int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
-    if (line.find("a=fmtp:") == npos) {
-        if (line.find("a=framerate:") != npos) {
+int readVideoValues(const SdpLine& scanned, SdpMedia& media) {
+    const std::string_view line = scanned.text();
+    if (!scanned.has(kFmtpToken)) {
+        if (scanned.has(kFramerateToken)) {
             // The rate written on this line is not taken over; a later fmtp line sets it.
             media.m_video.setVideoFrameRate(0);
             Logger::log(7, "::Frame rate found::%d", 0);
@@ -707,7 +683,7 @@ int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
     }
 
     struct Key {
-        const char* key;
+        std::string_view key;
         const char* missing;
         const char* invalid;
         bool optional;
@@ -726,7 +702,7 @@ int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
     bool malformed = false;
     int width = 0;
     int height = 0;
-    std::string value;
+    std::string_view value;
     for (size_t i = 0; i < sizeof(kKeys) / sizeof(kKeys[0]); ++i) {
         const Key& key = kKeys[i];
         switch (fmtpValue(line, key.key, value)) {
@@ -743,25 +719,25 @@ int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
         }
         switch (i) {
             case 0:
-                width = std::stoi(value);
+                width = strictInt(value);
                 break;
             case 1:
-                height = std::stoi(value);
+                height = strictInt(value);
                 break;
             case 2:
-                media.m_depth = static_cast<uint32_t>(std::stoi(value));
+                media.m_depth = static_cast<uint32_t>(strictInt(value));
                 break;
             case 3:
-                media.m_colorimetry = value;
+                media.m_colorimetry.assign(value);
                 break;
             case 4:
-                media.m_packing_mode = value;
+                media.m_packing_mode.assign(value);
                 break;
             case 5:
-                media.m_sender_type = value;
+                media.m_sender_type.assign(value);
                 break;
             default:
-                media.m_sampling = value;
+                media.m_sampling.assign(value);
                 break;
         }
     }
@@ -774,7 +750,7 @@ int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
                 malformed = true;
                 break;
             case FmtpKey::Found:
-                interlaced = std::stoi(value) != 0;
+                interlaced = strictInt(value) != 0;
                 break;
             case FmtpKey::Missing:
                 break;
@@ -786,16 +762,17 @@ int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
         Logger::log(6, "framerate found under a=fmtp as exactframerate");
         if (fmtpValue(line, "exactframerate=", value) == FmtpKey::AtLineEnd) {
             Logger::log(2, "SDP fmtp line: exactframerate is invalid");
-            value.clear();
+            value = std::string_view();
         }
         const size_t slash = value.find('/');
         if (slash != npos) {
-            const float numerator = std::stof(value.substr(0, slash));
-            const float denominator = std::stof(value.substr(slash + 1));
-            Logger::log(7, "framerate found %f/%f", static_cast<double>(numerator), static_cast<double>(denominator));
+            const float numerator = strictFloat(value.substr(0, slash));
+            const float denominator = strictFloat(value.substr(slash + 1));
+            Logger::log(7, "framerate found %f/%f", static_cast<double>(numerator),
+                        static_cast<double>(denominator));
             frameRate = saturatingInt(numerator / denominator);
         } else {
-            frameRate = std::stoi(value);
+            frameRate = strictInt(value);
             Logger::log(7, "framerate found %d", frameRate);
         }
     } else if (line.find("framerate=") != npos) {
@@ -804,12 +781,12 @@ int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
             Logger::log(2, "SDP fmtp line: framerate is invalid");
             malformed = true;
         } else {
-            frameRate = std::stoi(value);
+            frameRate = strictInt(value);
         }
     }
 
     if (malformed) {
-        Logger::log(2, "::Format found but it is malformed: <%s>", line.c_str());
+        Logger::log(2, "::Format found but it is malformed: <%.*s>", SDP_VIEW(line));
         return 1;
     }
 
@@ -827,10 +804,277 @@ int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
         Logger::log(7, "\t framerate:     %d", frameRate);
     }
     if (media.m_video.setVideoFrameRate(frameRate) < 0) {
-        Logger::log(2, "::Format found but framerate is not supported: <%s>", line.c_str());
+        Logger::log(2, "::Format found but framerate is not supported: <%.*s>", SDP_VIEW(line));
         return 0;
     }
     return 1;
+}
+
+// One media section, lines [first, last); lines that no rule takes are appended to
+// `leftovers`.
+int readMediaSection(SdpMedia& media, const SdpLine* first, const SdpLine* last,
+                     std::vector<SdpLine>& leftovers, SdpGroup::Type groupType, std::string_view groupItem) {
+    for (const SdpLine* scanned = first; scanned != last; ++scanned) {
+        const std::string_view line = scanned->text();
+
+        // First stage: four independent tests.
+        bool consumed = false;
+        if (scanned->has(kMediaToken)) {
+            consumed = true;
+            readMediaLine(media, line, scanned->at(kMediaToken));
+        }
+        if (scanned->has(kRtpmapToken)) {
+            consumed = true;
+            readRtpMap(media, line, scanned->at(kRtpmapToken));
+        }
+        if (scanned->has(kFramecountToken)) {
+            consumed = true;
+            media.m_number_samples =
+                static_cast<uint8_t>(toUnsigned(line, scanned->at(kFramecountToken) + 13));
+            Logger::log(7, "::Number of samples found::%d", media.m_number_samples);
+        }
+        if (scanned->has(kPtimeToken)) {
+            consumed = true;
+            media.m_ptime = strictFloat(line.substr(scanned->at(kPtimeToken) + 8));
+            Logger::log(7, "::Packet time found::%4.3f", static_cast<double>(media.m_ptime));
+        }
+
+        // Second stage: the first token found decides.
+        if (scanned->has(kInfoToken)) {
+            media.m_info.assign(line.substr(scanned->at(kInfoToken) + 2));
+            Logger::log(7, "::Description found::%s", media.m_info.c_str());
+        } else if (scanned->has(kMidToken)) {
+            media.m_group.assign(sdptext::trim(line.substr(scanned->at(kMidToken) + 6)));
+            if (groupType == SdpGroup::GROUP_MULTI_2SI || groupType == SdpGroup::GROUP_MULTI_SD) {
+                bool integer = true;
+                try {
+                    (void)std::stoi(media.m_group);
+                } catch (const std::exception&) {
+                    integer = false;
+                }
+                if (!integer) {
+                    Logger::log(2, "Media identification in group is invalid and needs to be an integer: %s",
+                                media.m_group.c_str());
+                    return -7;
+                }
+            }
+            media.m_group_type = groupType;
+            Logger::log(7, "::Group found::%s", media.m_group.c_str());
+        } else if (scanned->has(kRefclkToken)) {
+            readReferenceClock(media, line, scanned->at(kRefclkToken));
+        } else if (scanned->has(kConnectionToken)) {
+            readConnection(media, line, scanned->at(kConnectionToken));
+        } else if (scanned->has(kSourceFilterToken)) {
+            readSourceFilter(media, line);
+        } else if (scanned->has(kMediaclkToken)) {
+            const size_t equals = line.find('=', scanned->at(kMediaclkToken) + 11);
+            media.m_media_clock = toUnsigned(line, equals == npos ? line.size() : equals + 1);
+            Logger::log(7, "::Media clock found::%d", media.m_media_clock);
+        } else if (scanned->has(kClockDomainToken)) {
+            const size_t space = line.find(' ', scanned->at(kClockDomainToken) + 15);
+            if (space != npos) {
+                media.m_ptp_domain = static_cast<uint8_t>(toUnsigned(line, space + 1));
+                Logger::log(7, "::clock-domain found::%d", media.m_ptp_domain);
+            }
+        } else if (readChannelOrder(*scanned, media) == 0 && readVideoValues(*scanned, media) == 0 &&
+                   !consumed) {
+            leftovers.push_back(*scanned);
+        }
+    }
+
+    if (media.m_type == SdpMedia::VIDEO) {
+        const char* wanted = sdpboard::isDamsonTr04() ? "SMPTE2022-6" : "raw";
+        const std::string codec =
+            media.m_rtp_maps.empty() ? std::string() : media.m_rtp_maps[0].m_codec.toString();
+        if (media.m_rtp_maps.empty() || codec != wanted) {
+            Logger::log(2, "::Stream is video, but not valid type %s.", codec.c_str());
+            return -1;
+        }
+        if (media.m_video.checkVideoDetailConsistency() < 0) {
+            Logger::log(2, "::Stream is video, but no valid video format found.");
+            return -1;
+        }
+        if (Logger::isEnabled(7)) {
+            Logger::log(7, "::Video Format found ::%s", media.m_video.toString().c_str());
+        }
+    }
+    if (!groupItem.empty() && groupItem != media.m_group) {
+        Logger::log(
+            2, "::Group (%s) delimiting the media type does not match the order set in a=group::DUP (%.*s)",
+            media.m_group.c_str(), SDP_VIEW(groupItem));
+        return -1;
+    }
+    return 0;
+}
+
+}  // namespace
+
+// ---- lenient conversions ----
+
+unsigned int SdpConverter::parseUnsigned(const std::string& text) {
+    return toUnsigned(text, 0);
+}
+
+unsigned long long SdpConverter::parseUnsigned64(const std::string& text) {
+    return toUnsigned64(text, 0);
+}
+
+// ---- session level ----
+
+int SdpConverter::parseSdp(const std::string& text) {
+    try {
+        const int result = parseSdpInternal(text);
+        Logger::log(6, "SDP PARSE returned %d", result);
+        return result;
+    } catch (...) {
+        Logger::log(2, "SDP PARSE threw exception");
+        return -7;
+    }
+}
+
+// The lines are views into `text`, scanned once for their tokens, and the media
+// sections are ranges of one list: nothing is copied until a value is stored.
+int SdpConverter::parseSdpInternal(const std::string& text) {
+    SdpSession session;
+    Logger::log(7, "SDP:: generating from SDP String format");
+
+    std::vector<SdpLine> lines;
+    lines.reserve(32);
+    const std::string_view all(text);
+    size_t start = 0;
+    while (start < all.size()) {
+        size_t end = all.find('\n', start);
+        if (end == npos) {
+            end = all.size();
+        }
+        if (end > start) {
+            lines.emplace_back(all.substr(start, end - start));
+        }
+        start = end + 1;
+    }
+    Logger::log(7, "SDP:: incoming SDP was split into %d lines", static_cast<int>(lines.size()));
+
+    SdpGroup group;
+    PIMAV_CHK(readGroups(lines, group));
+
+    std::vector<SdpLine> sessionLines;
+    std::vector<SdpLine> mediaLines;
+    std::vector<size_t> boundaries;
+    sessionLines.reserve(lines.size());
+    mediaLines.reserve(lines.size());
+    boundaries.reserve(8);
+    int mediaCount = 0;
+    for (SdpLine& line : lines) {
+        line.cutAtCarriageReturn();
+        if (line.has(kMediaToken)) {
+            Logger::log(7, "::Media found::%d", static_cast<int>(mediaLines.size()));
+            if (mediaCount > 0) {
+                boundaries.push_back(mediaLines.size());
+            }
+            ++mediaCount;
+            mediaLines.push_back(line);
+        } else if (mediaCount > 0) {
+            mediaLines.push_back(line);
+        } else if (group.m_items.empty() && hasMediaToken(line)) {
+            mediaLines.push_back(line);
+        } else {
+            sessionLines.push_back(line);
+        }
+    }
+    boundaries.push_back(mediaLines.size());
+    Logger::log(6, "::We have found %d Media session in this sdp", mediaCount);
+
+    std::vector<std::string_view> ignoredLines;
+    readSessionLines(session, sessionLines, ignoredLines);
+
+    std::vector<SdpLine> leftoverLines;
+    session.m_media.reserve(static_cast<size_t>(mediaCount));
+    for (int k = 1; k <= mediaCount; ++k) {
+        const size_t first = (k == 1) ? 0 : boundaries[static_cast<size_t>(k) - 2];
+        const size_t last = boundaries[static_cast<size_t>(k) - 1];
+        Logger::log(7, "splitting vector [%d - %d]", static_cast<int>(first), static_cast<int>(last));
+        const std::string_view item = static_cast<size_t>(k) > group.m_items.size()
+                                          ? std::string_view()
+                                          : group.m_items[static_cast<size_t>(k) - 1];
+        session.m_media.emplace_back();
+        PIMAV_CHK(readMediaSection(session.m_media.back(), mediaLines.data() + first,
+                                   mediaLines.data() + last, leftoverLines, group.m_type, item));
+    }
+
+    readSessionLines(session, leftoverLines, ignoredLines);
+
+    for (const std::string_view line : ignoredLines) {
+        Logger::log(4, "Ignored line:[%.*s]", SDP_VIEW(line));
+    }
+
+    PIMAV_CHK(checkMinimumCfg(&session));
+
+    m_session = std::move(session);
+    m_sdp = text;
+    return 0;
+}
+
+int SdpConverter::parseSdpSession(SdpSession* session, std::vector<std::string>* lines,
+                                  std::vector<std::string>* ignored) {
+    if (session == nullptr || lines == nullptr || ignored == nullptr) {
+        Logger::log(2, "%s:: Parameter is null.", "parseSdpSession");
+        return -4;
+    }
+    std::vector<std::string_view> skipped;
+    readSessionLines(*session, scanLines(*lines), skipped);
+    ignored->insert(ignored->end(), skipped.begin(), skipped.end());
+    return 0;
+}
+
+bool SdpConverter::isMediaLine(const std::string& line) {
+    return hasMediaToken(SdpLine(line));
+}
+
+int SdpConverter::parseGroups(std::vector<std::string>& lines, SdpGroup& group) {
+    return readGroups(scanLines(lines), group);
+}
+
+int SdpConverter::getGroups(std::string& token, unsigned int position, std::string& line, SdpGroup& group) {
+    (void)position;  // grouping lines begin with their token
+    splitGroupItems(std::string_view(line).substr(std::min(token.size(), line.size())), group);
+    return 0;
+}
+
+// ---- media level ----
+
+int SdpConverter::parseSdpMedia(SdpMedia* media, std::vector<std::string>* lines,
+                                std::vector<std::string>* leftovers, SdpGroup::Type groupType,
+                                std::string& groupItem) {
+    if (media == nullptr || lines == nullptr || leftovers == nullptr) {
+        Logger::log(2, "%s:: Parameter is null.", "parseSdpMedia");
+        return -4;
+    }
+    const std::vector<SdpLine> scanned = scanLines(*lines);
+    std::vector<SdpLine> left;
+    // The lines not taken so far are handed over even when a strict conversion throws.
+    const auto handOver = [&left, leftovers] {
+        for (const SdpLine& line : left) {
+            leftovers->emplace_back(line.text());
+        }
+    };
+    int result;
+    try {
+        result = readMediaSection(*media, scanned.data(), scanned.data() + scanned.size(), left, groupType,
+                                  groupItem);
+    } catch (...) {
+        handOver();
+        throw;
+    }
+    handOver();
+    return result;
+}
+
+int SdpConverter::parseChannelOrder(const std::string& line, SdpMedia& media) {
+    return readChannelOrder(SdpLine(line), media);
+}
+
+int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
+    return readVideoValues(SdpLine(line), media);
 }
 
 // ---- minimum configuration ----
@@ -854,7 +1098,8 @@ int SdpConverter::checkMinimumCfg(SdpSession* session) {
             media.m_local_ip = session->m_local_ip;
             if (media.m_local_ip == 0) {
                 SDP_USER_MESSAGE(
-                    "Source IP address is a mandatory field in the SDP. Check your \"a=source-filter\" or the "
+                    "Source IP address is a mandatory field in the SDP. Check your \"a=source-filter\" or "
+                    "the "
                     "\"o=\"lines.");
                 failed = true;
             }
@@ -869,7 +1114,8 @@ int SdpConverter::checkMinimumCfg(SdpSession* session) {
 int SdpConverter::checkMinimumCfgMedia(SdpMedia& media) {
     bool failed = false;
     if (media.m_transport_ip == 0) {
-        SDP_USER_MESSAGE("Destination IP is a mandatory field in the SDP. Check your \"a=source-filter\" line.");
+        SDP_USER_MESSAGE(
+            "Destination IP is a mandatory field in the SDP. Check your \"a=source-filter\" line.");
         failed = true;
     }
     if (!media.m_clock_is_ptp) {
@@ -894,11 +1140,13 @@ int SdpConverter::checkMinimumCfgMedia(SdpMedia& media) {
             failed = true;
         }
         if (map.m_channel_freq == 0) {
-            SDP_USER_MESSAGE("Channels frequency is a mandatory field in the SDP. Check your \"a=rtpmap:\" line.");
+            SDP_USER_MESSAGE(
+                "Channels frequency is a mandatory field in the SDP. Check your \"a=rtpmap:\" line.");
             failed = true;
         }
         if (map.m_number_channels == 0) {
-            SDP_USER_MESSAGE("Number of channels is a mandatory field in the SDP. Check your \"a=rtpmap:\" line.");
+            SDP_USER_MESSAGE(
+                "Number of channels is a mandatory field in the SDP. Check your \"a=rtpmap:\" line.");
             failed = true;
         }
     }

@@ -8,7 +8,9 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
+#include <string_view>
 
 #include "pimAvMngApi/platform/Logger.h"
 
@@ -16,11 +18,10 @@ namespace sdptext {
 
 inline bool isSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
-// text[begin, end) without leading and trailing white space (as classified by isspace).
-inline std::string trim(const std::string& text, size_t begin = 0, size_t end = std::string::npos) {
-    if (end > text.size()) {
-        end = text.size();
-    }
+// `text` without leading and trailing white space (as classified by isspace).
+inline std::string_view trim(std::string_view text) {
+    size_t begin = 0;
+    size_t end = text.size();
     while (begin < end && isSpace(text[begin])) {
         ++begin;
     }
@@ -54,6 +55,17 @@ inline bool parseIp(const char* text, uint32_t& out) {
     }
     out = ntohl(addr.s_addr);
     return true;
+}
+
+// The same for a text that need not end in a NUL. The text is read up to its first NUL,
+// as its C string would be; no IPv4 address is longer than 15 characters, so cutting a
+// longer text after 16 refuses it just as the whole text would be refused.
+inline bool parseIp(std::string_view text, uint32_t& out) {
+    char buffer[INET_ADDRSTRLEN + 1];
+    const size_t length = text.size() < sizeof(buffer) - 1 ? text.size() : sizeof(buffer) - 1;
+    std::memcpy(buffer, text.data(), length);
+    buffer[length] = '\0';
+    return parseIp(buffer, out);
 }
 
 // Reading rule of an address key: empty text keeps the value, invalid text is logged

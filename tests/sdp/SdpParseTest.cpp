@@ -253,6 +253,18 @@ TEST(SdpParse, EdgeCases) {
          {}, nullptr},
         {"audio without rtpmap", replaced(base, "a=rtpmap:96 L24/48000/8\n", ""), -1,
          {"Unable to find one rtpmap in the SDP. Check your \"a=rtpmap\" line."}, {}, nullptr},
+        {"a token counts anywhere in the line", replaced(base, "a=ptime:1", "xa=ptime:0.5"), 0, {}, {},
+         [](const SdpSession& s) { EXPECT_FLOAT_EQ(s.m_media[0].m_ptime, 0.5f); }},
+        {"a session token inside another attribute", replaced(base, "t=0 0\n", "t=0 0\na=tool:set=3\n"), 0, {},
+         {}, [](const SdpSession& s) { EXPECT_EQ(s.m_time.m_start, 3u); }},
+        {"text after a carriage return is dropped",
+         replaced(base, "a=ptime:1\n", "a=ptime:1\na=recvonly\ra=ptime:x\n"), 0, {}, {"Ignored line:[a=recvonly]"},
+         nullptr},
+        {"grouping lines are read before the carriage-return cut",
+         replaced(base, "t=0 0\n", "t=0 0\na=recvonly\ra=group:PHASED 1 2\n"), -7, {},
+         {"Group PHASED not supported"}, nullptr},
+        {"address one character too long", replaced(base, "239.69.1.1/32", "239.255.255.2551/32"), -1,
+         {kNoDestination}, {"Error parsing IP [239.255.255.2551]: invalid IP address"}, nullptr},
     };
     for (const ParseCase& c : cases) {
         runCase(c);
