@@ -157,9 +157,8 @@ TEST_F(CfgFileTableTest, ReadingEdgeCases) {
     };
     for (const Row& row : rows) {
         CfgFileTable table;
-        Json::Value doc = jsonOf(row.doc);
         LogCapture capture;
-        table.Deserialize(doc);
+        readInto(table, row.doc);
         EXPECT_EQ(table.getStartupPosition(), row.startup) << row.doc;
         EXPECT_EQ(table.m_files[4].m_size, row.size4) << row.doc;
         EXPECT_EQ(capture.texts(), row.lines) << row.doc;
@@ -173,9 +172,8 @@ TEST_F(CfgFileTableTest, ReadingEdgeCases) {
          {R"({"list":{"index":1}})", R"({"list":[3]})", R"({"list":[{"index":"one"}]})",
           R"({"list":[{"index":1,"name":{}}]})", R"({"startup":"ten"})", R"({"list":"x"})"}) {
         CfgFileTable table;
-        Json::Value doc = jsonOf(bad);
         LogCapture capture;
-        EXPECT_ANY_THROW(table.Deserialize(doc)) << bad;
+        EXPECT_ANY_THROW(readInto(table, bad)) << bad;
     }
 }
 

@@ -30,12 +30,11 @@ template <typename T>
 void checkType(const char* key, const std::vector<ReadRow>& reads, const std::vector<WriteRow>& writes) {
     for (const auto& row : reads) {
         T t(row.before);
-        Json::Value doc = jsonOf(row.doc);
         if (row.after == kThrows) {
-            EXPECT_ANY_THROW(t.Deserialize(doc)) << key << " reading " << row.doc;
+            EXPECT_ANY_THROW(readInto(t, row.doc)) << key << " reading " << row.doc;
             continue;
         }
-        t.Deserialize(doc);
+        readInto(t, row.doc);
         EXPECT_EQ(t.get(), row.after) << key << " reading " << row.doc << " from " << row.before;
     }
     for (const auto& row : writes) {

@@ -65,8 +65,7 @@ TEST(PassThroughRecords, FullDocumentRoundTripsWithUnknownKeys) {
     for (const Kind& kind : kinds()) {
         SCOPED_TRACE(kind.name);
         auto record = kind.make();
-        Json::Value in = jsonOf(kind.full);
-        record->Deserialize(in);
+        readInto(*record, kind.full);
         Json::Value out;
         record->Serialize(out);
         EXPECT_JSON_EQ(out, kind.full);
@@ -83,8 +82,7 @@ TEST(PassThroughRecords, EmptyOrNullDocumentGivesDefaults) {
         // Reading an empty document after a full one returns every member to its default
         // and forgets the unknown keys.
         auto record = kind.make();
-        Json::Value full = jsonOf(kind.full);
-        record->Deserialize(full);
+        readInto(*record, kind.full);
         Json::Value empty = kind.defaults[0] == '[' ? Json::Value() : Json::Value(Json::objectValue);
         record->Deserialize(empty);
         Json::Value out;
@@ -101,19 +99,16 @@ TEST(PassThroughRecords, WrongKindsThrow) {
     };
     for (const auto& [kind, doc] : cases) {
         SCOPED_TRACE(kinds()[kind].name + " " + doc);
-        Json::Value in = jsonOf(doc);
-        EXPECT_ANY_THROW(kinds()[kind].make()->Deserialize(in));
+        EXPECT_ANY_THROW(readInto(*kinds()[kind].make(), doc));
     }
 }
 
 TEST(SessionStreamList, ReadingReplacesKeepsEarlierSessionsOnFailureAndFallsBackToIdText) {
     SessionStreamList list;
-    Json::Value first = jsonOf(R"([{"id":1},{"id":2}])");
-    list.Deserialize(first);
+    readInto(list, R"([{"id":1},{"id":2}])");
     ASSERT_EQ(list.m_sessions.size(), 2u);
 
-    Json::Value second = jsonOf(R"([{"id-str":"12345678901234567890","name":"x"},{"name":{}}])");
-    EXPECT_ANY_THROW(list.Deserialize(second));
+    EXPECT_ANY_THROW(readInto(list, R"([{"id-str":"12345678901234567890","name":"x"},{"name":{}}])"));
     ASSERT_EQ(list.m_sessions.size(), 1u);
     EXPECT_EQ(list.m_sessions.front().m_id, 12345678901234567890ull);
     ASSERT_NE(list.find(12345678901234567890ull), nullptr);

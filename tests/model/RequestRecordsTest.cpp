@@ -16,10 +16,9 @@ TEST(DestinationApi, DefaultsAndAsymmetricReadWrite) {
     EXPECT_EQ(written(d), canon(R"({"session-id":0,"name":"","link-offset":0,"user-sdp":"",
         "rem-sid":{"id":0,"media-idx":0,"payload-type":98,"nmos":{"sender":"","receiver":""}},"channel-list":[]})"));
 
-    Json::Value doc = jsonOf(R"({"session-id":18446744073709551615,"name":"rx","link-offset":4000000000,
+    readInto(d, R"({"session-id":18446744073709551615,"name":"rx","link-offset":4000000000,
         "user-sdp":"v=0","rem-sid":{"id":7,"media-idx":258,"payload-type":300,"nmos":{"sender":"s","receiver":"r"}},
         "channel-list":[{"channel":3}],"source-ip":"not an address","network-index":2})");
-    d.Deserialize(doc);
     EXPECT_EQ(d.m_source_ip, "not an address");
     EXPECT_EQ(d.m_network_index, 2);
     EXPECT_EQ(written(d), canon(R"({"session-id":18446744073709551615,"name":"rx","link-offset":4000000000,
@@ -53,12 +52,11 @@ TEST(DestinationApi, RemoteSelectionReadingTable) {
         d.m_rem_sid.m_nmos_sender = "s0";
         d.m_rem_sid.m_nmos_receiver = "r0";
         d.m_network_index = 4;
-        Json::Value doc = jsonOf(row.doc);
         if (row.expected == nullptr) {
-            EXPECT_ANY_THROW(d.Deserialize(doc)) << row.doc;
+            EXPECT_ANY_THROW(readInto(d, row.doc)) << row.doc;
             continue;
         }
-        d.Deserialize(doc);
+        readInto(d, row.doc);
         EXPECT_EQ(written(d.m_rem_sid), canon(row.expected)) << row.doc;
         EXPECT_EQ(d.m_network_index, -1);
     }
@@ -87,18 +85,15 @@ TEST(VolumeGainApi, SerializeAndDeserialize) {
 
     capture.clear();
     VolumeGainApi listener(true);
-    Json::Value noList = jsonOf(R"({"session-id":5,"channel-list":{}})");
-    listener.Deserialize(noList);
+    readInto(listener, R"({"session-id":5,"channel-list":{}})");
     EXPECT_EQ(listener.m_session_id, 0u);
     EXPECT_TRUE(capture.lines().empty());
-    Json::Value emptyList = jsonOf(R"({"session-id":[],"channel-list":[]})");
-    api.Deserialize(emptyList);
+    readInto(api, R"({"session-id":[],"channel-list":[]})");
     EXPECT_EQ(api.m_session_id, 12u);
     EXPECT_EQ(capture.count("GainApi ----- Message Deserialized"), 1u);
 
-    Json::Value bad = jsonOf(R"({"channel-list":[{"position":3},{"channel-gain":"loud"}]})");
     VolumeGainApi partial(true);
-    EXPECT_ANY_THROW(partial.Deserialize(bad));
+    EXPECT_ANY_THROW(readInto(partial, R"({"channel-list":[{"position":3},{"channel-gain":"loud"}]})"));
     EXPECT_EQ(partial.m_changes.size(), 1u);
 }
 

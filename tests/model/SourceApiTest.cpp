@@ -26,8 +26,7 @@ TEST(AudioSource, CodecTimeAndFrequency) {
         AudioSource a;
         a.m_ptime = 5;
         a.m_channel_freq = 5;
-        Json::Value doc = jsonOf(row.doc);
-        a.Deserialize(doc);
+        readInto(a, row.doc);
         Json::Value out = writtenDoc(a);
         EXPECT_EQ(out["codec"].asString(), row.codec) << row.doc;
         EXPECT_EQ(out["ptime"].asUInt(), row.ptime) << row.doc;
@@ -35,15 +34,12 @@ TEST(AudioSource, CodecTimeAndFrequency) {
         EXPECT_EQ(out["ssrc"]["type"].asString(), "unspecified");
     }
     AudioSource a;
-    Json::Value bad = jsonOf(R"({"ptime":"1"})");
-    EXPECT_ANY_THROW(a.Deserialize(bad));
+    EXPECT_ANY_THROW(readInto(a, R"({"ptime":"1"})"));
 }
 
 TEST(AudioSource, ClearLogsBothLinesAndKeepsCodec) {
     AudioSource a;
-    Json::Value doc =
-        jsonOf(R"({"codec":"L24","ptime":1000,"channel-freq":48000,"name":"x","source-ip":"10.0.0.1"})");
-    a.Deserialize(doc);
+    readInto(a, R"({"codec":"L24","ptime":1000,"channel-freq":48000,"name":"x","source-ip":"10.0.0.1"})");
     LogCapture capture;
     a.clear();
     EXPECT_EQ(capture.at(5),
@@ -74,8 +70,7 @@ TEST(VideoSource, VideoObjectRules) {
     };
     for (const Row& row : rows) {
         VideoSource v;
-        Json::Value doc = jsonOf(row.doc);
-        v.Deserialize(doc);
+        readInto(v, row.doc);
         EXPECT_EQ(v.m_sof_sync_enable, row.sof) << row.doc;
         Json::Value out = writtenDoc(v);
         Json::Value timing;
@@ -91,9 +86,8 @@ TEST(VideoSource, VideoObjectRules) {
 
 TEST(VideoSource, ClearAndTributaryText) {
     VideoSource v;
-    Json::Value doc = jsonOf(R"({"video":{"sof-sync-enable":false,"rtpPktsPerFrame":9},
+    readInto(v, R"({"video":{"sof-sync-enable":false,"rtpPktsPerFrame":9},
                                  "tributary":{"type":"MULTI-SD","index":3}})");
-    v.Deserialize(doc);
     EXPECT_EQ(v.setTributaryType("MULTI-3SI"), -8);
     EXPECT_EQ(v.m_tributary.get(), 2);
     LogCapture capture;
@@ -136,14 +130,12 @@ TEST(SourceApi, ListsAndLogs) {
     EXPECT_EQ(out["audio-sources"][1]["codec"].asString(), "AM824");
     EXPECT_TRUE(out["video-sources"][0].isMember("video"));
 
-    Json::Value objects = jsonOf(R"({"audio-sources":{"0":{}},"video-sources":"x"})");
-    api.Deserialize(objects);
+    readInto(api, R"({"audio-sources":{"0":{}},"video-sources":"x"})");
     EXPECT_TRUE(api.m_audio_sources.empty());
     EXPECT_TRUE(api.m_ancillary_sources.empty());
     EXPECT_FALSE(writtenDoc(api).isMember("audio-sources"));
 
-    Json::Value bad = jsonOf(R"({"audio-sources":[{},5,{}]})");
-    EXPECT_ANY_THROW(api.Deserialize(bad));
+    EXPECT_ANY_THROW(readInto(api, R"({"audio-sources":[{},5,{}]})"));
     EXPECT_EQ(api.m_audio_sources.size(), 1u);
 }
 

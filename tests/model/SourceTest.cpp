@@ -22,8 +22,7 @@ const char* kFullSource =
 
 Source filled() {
     Source s;
-    Json::Value doc = jsonOf(kFullSource);
-    s.Deserialize(doc);
+    readInto(s, kFullSource);
     return s;
 }
 

@@ -143,8 +143,7 @@ TEST(StatusTypes, SdiDataWritesPortAndGenerator) {
     d.m_video_format = VideoFormat(VideoFormat::VIDEO_FORMAT_1080I59_94);
     EXPECT_EQ(written(d), canon(full));
     SdiData back;
-    Json::Value in = jsonOf(full);
-    back.Deserialize(in);
+    readInto(back, full);
     EXPECT_EQ(back.m_pattern_control, -3);
     EXPECT_TRUE(back.m_enable);
     EXPECT_EQ(back.m_sdi_port, 2);

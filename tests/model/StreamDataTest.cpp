@@ -42,9 +42,8 @@ TEST(StreamData, DefaultsDifferFromReadingDefaults) {
         "rtp":{"payload-type":98,"sscr":{"type":"unspecified","value":0}},"name":"","channel-list":[],
         "media-clk-offset":0,"network-interface-index":-1,"samples":0,"l1-bandwidth":0,"id":0,
         "hw-id":4294967295,"unicast":false,"dst-mac-addr":"00-00-00-00-00-00","packet-size":66})"));
-    Json::Value empty = jsonOf("{}");
     a.m_state.set(State::ENABLED);
-    a.Deserialize(empty);
+    readInto(a, "{}");
     EXPECT_EQ(a.m_hw_id, 0u);
     EXPECT_EQ(a.m_state.get(), 0);
     EXPECT_EQ(a.m_type.get(), StreamType::ANCILLARY);
@@ -60,20 +59,17 @@ TEST(StreamData, FullDocumentRoundTripsAndWrongKindsThrow) {
         "media-clk-offset":-3,"network-interface-index":2,"samples":48,"l1-bandwidth":18446744073709551615,
         "id":77,"hw-id":4294967295,"unicast":true,"dst-mac-addr":"01-00-5E-7F-00-01","packet-size":74})";
     AncillaryStreamData a;
-    Json::Value doc = jsonOf(full);
     a.m_payload_size = 4;
-    a.Deserialize(doc);
+    readInto(a, full);
     EXPECT_EQ(written(a), canon(full));
 
     for (const char* bad :
          {R"({"vlan":[]})", R"({"udp":{"source":"x"}})", R"({"hw-id":-1})", R"({"samples":-1})",
           R"({"dst-mac-addr":{}})", R"({"unicast":"yes"})", R"({"rtp":{"sscr":"x"}})"}) {
         AncillaryStreamData s;
-        Json::Value d = jsonOf(bad);
-        EXPECT_ANY_THROW(s.Deserialize(d)) << bad;
+        EXPECT_ANY_THROW(readInto(s, bad)) << bad;
     }
-    Json::Value unsupported = jsonOf(R"({"samples":50})");
-    a.Deserialize(unsupported);
+    readInto(a, R"({"samples":50})");
     EXPECT_EQ(a.m_samples, PacketTimeOptions::SAMPLES_PER_PKT_UNSUPPORTED);
 }
 

@@ -96,8 +96,7 @@ TEST(TransportTypes, VlanUdpRtpReading) {
              });
     // A bare value that is no number switches the selection before asUInt throws.
     Rtp partial = rtp();
-    Json::Value bad = jsonOf(R"({"payload-type":7,"sscr":"abc"})");
-    EXPECT_ANY_THROW(partial.Deserialize(bad));
+    EXPECT_ANY_THROW(readInto(partial, R"({"payload-type":7,"sscr":"abc"})"));
     EXPECT_EQ(partial.m_payload_type, 7);
     EXPECT_EQ(partial.m_ssrc, Ssrc(Ssrc::SESSION_ID, 9));
 }

@@ -5,6 +5,7 @@
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "support/JsonText.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -55,34 +56,19 @@ TEST(ErrorAuxMsg, CollectsFormattedMessagesInOrder) {
     EXPECT_TRUE(ErrorAuxMsg::getInstance()->getMessages().empty());
 }
 
-struct RenderCase {
-    const char* name;
-    Json::Value value;
-    const char* expected;
-};
-
-Json::Value object(std::initializer_list<std::pair<const char*, Json::Value>> members) {
-    Json::Value v(Json::objectValue);
-    for (const auto& m : members) {
-        v[m.first] = m.second;
-    }
-    return v;
-}
-
 TEST(ConvertJsonToString, RendersSingleLineSortedCompact) {
-    const RenderCase cases[] = {
-        {"null", Json::Value(), "null"},
-        {"empty object", Json::Value(Json::objectValue), "{}"},
-        {"empty array", Json::Value(Json::arrayValue), "[]"},
-        {"keys sorted, no blanks", object({{"pause", true}, {"id", 7}}), "{\"id\":7,\"pause\":true}"},
-        {"nested", object({{"b", object({{"x", "y"}})}, {"a", Json::Value(Json::arrayValue)}}),
-         "{\"a\":[],\"b\":{\"x\":\"y\"}}"},
+    const std::vector<std::pair<Json::Value, const char*>> cases = {
+        {Json::Value(), "null"},
+        {Json::Value(Json::objectValue), "{}"},
+        {Json::Value(Json::arrayValue), "[]"},
+        {jsonOf(R"({"pause": true, "id": 7})"), R"({"id":7,"pause":true})"},
+        {jsonOf(R"({"b": {"x": "y"}, "a": []})"), R"({"a":[],"b":{"x":"y"}})"},
     };
-    for (const auto& c : cases) {
-        Json::Value value = c.value;
+    for (const auto& [value, expected] : cases) {
+        Json::Value v = value;
         std::string text = "previous contents";
-        IJsonSerializable::convertJsonToString(value, text);
-        EXPECT_EQ(text, c.expected) << c.name;
+        IJsonSerializable::convertJsonToString(v, text);
+        EXPECT_EQ(text, expected);
     }
 }
 

@@ -19,11 +19,8 @@ ChannelList twoChannels() {
 }
 
 TEST(ChannelList, WritesArrayAndReadsItBack) {
+    EXPECT_EQ(written(ChannelList()), "[]");
     Json::Value out;
-    ChannelList().Serialize(out);
-    EXPECT_TRUE(out.isArray());
-    EXPECT_EQ(out.size(), 0u);
-
     twoChannels().Serialize(out);
     EXPECT_JSON_EQ(out, R"([{"interface":{"type":3,"string":"sdi"},"interface-index":1,"channel":5},
                              {"interface":{"type":12,"string":"auto"},"interface-index":0,"channel":7}])");
@@ -52,17 +49,11 @@ TEST(ChannelList, ReadingRules) {
     };
     for (const auto& row : rows) {
         ChannelList list = twoChannels();
-        Json::Value doc = jsonOf(row.doc);
-        if (row.throws) {
-            EXPECT_ANY_THROW(list.Deserialize(doc)) << row.doc;
-        } else {
-            EXPECT_NO_THROW(list.Deserialize(doc)) << row.doc;
-        }
+        EXPECT_EQ(readThenWritten(list, row.doc) == "throws", row.throws) << row.doc;
         EXPECT_EQ(list.numChannelEntries(), row.entries) << row.doc;
     }
     ChannelList list;
-    Json::Value doc = jsonOf("[{}]");
-    list.Deserialize(doc);
+    readInto(list, "[{}]");
     EXPECT_EQ(list[0], ChannelId(DaifType(12, "auto"), 0, 0));
 }
 
@@ -108,8 +99,7 @@ TEST(Alarm, JsonFormAndReadingDefaults) {
                                            {R"({"severity":"critical"})", 5},
                                            {R"({"severity":"Critical"})", 1}}) {
         Alarm r(3, AlarmSeverity(AlarmSeverity::MAJOR), "x", 9);
-        Json::Value doc = jsonOf(row.doc);
-        r.Deserialize(doc);
+        readInto(r, row.doc);
         EXPECT_EQ(r.m_severity.get(), row.severity) << row.doc;
         EXPECT_EQ(r.m_code, 0u);
         EXPECT_EQ(r.m_text, "");
@@ -117,8 +107,7 @@ TEST(Alarm, JsonFormAndReadingDefaults) {
     }
     for (const char* bad :
          {R"({"code":-1})", R"({"text":{}})", R"({"time":"now"})", R"({"severity":[]})", "[]"}) {
-        Json::Value doc = jsonOf(bad);
-        EXPECT_ANY_THROW(back.Deserialize(doc)) << bad;
+        EXPECT_ANY_THROW(readInto(back, bad)) << bad;
     }
 }
 

@@ -226,8 +226,7 @@ TEST(VideoFormat, ReadingOddDocumentsNeverThrows) {
     };
     for (const Case& c : cases) {
         VF f(VF::VIDEO_FORMAT_720P50);
-        Json::Value doc = jsonOf(c.doc);
-        EXPECT_NO_THROW(f.Deserialize(doc)) << c.doc;
+        EXPECT_NO_THROW(readInto(f, c.doc)) << c.doc;
         EXPECT_EQ(f.getVideoFormat(), c.format) << c.doc;
         EXPECT_EQ(f.getVideoWidth(), c.width) << c.doc;
     }
@@ -237,8 +236,7 @@ TEST(VideoFormat, ReadingOddDocumentsNeverThrows) {
     EXPECT_EQ(cleared, VF());
     for (const char* notObject : {"[1,2]", "5", "\"1080p50\""}) {
         VF f(VF::VIDEO_FORMAT_720P50);
-        Json::Value doc = jsonOf(notObject);
-        EXPECT_NO_THROW(f.Deserialize(doc));
+        EXPECT_NO_THROW(readInto(f, notObject));
         EXPECT_EQ(f, VF(VF::VIDEO_FORMAT_720P50)) << notObject;
     }
 }

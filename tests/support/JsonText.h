@@ -38,6 +38,13 @@ std::string written(const R& record) {
     return jsonText(writtenDoc(record));
 }
 
+// Reads JSON text into a record (Deserialize takes a non-const document).
+template <typename R>
+void readInto(R& record, const std::string& text) {
+    Json::Value in = jsonOf(text);
+    record.Deserialize(in);
+}
+
 // JSON text in the one-line form `written` produces; "throws" stays as it is.
 inline std::string canon(const std::string& text) {
     return text == "throws" ? text : jsonText(jsonOf(text));
@@ -47,7 +54,7 @@ inline std::string canon(const std::string& text) {
 // reading throws.
 template <typename R>
 std::string readThenWritten(R& record, const std::string& doc) {
-    Json::Value in = jsonOf(doc);
+    Json::Value in = jsonOf(doc);  // outside the try: bad test JSON is no "throws"
     try {
         record.Deserialize(in);
     } catch (...) {
