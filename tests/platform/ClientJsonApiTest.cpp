@@ -45,7 +45,6 @@ long msSince(Clock::time_point start) {
 
 TEST(IpcWire, CommandIdIsFourLittleEndianBytes) {
     EXPECT_EQ(IpcWire::encodeCommandId(0x01020304u), std::string("\x04\x03\x02\x01", 4));
-    EXPECT_EQ(IpcWire::encodeCommandId(0), std::string(4, '\0'));
     for (uint32_t id : {0u, 55u, 256u, 0xFFFFFFFFu}) {
         const std::string frame = IpcWire::encodeCommandId(id);
         uint32_t back = 7;
