@@ -22,6 +22,17 @@ namespace emu {
 
 namespace {
 
+constexpr uint8_t kSdiPorts = 2;
+
+// Name of a pattern generator's pattern control code.
+std::string patternName(int code) {
+    static const char* const kNames[] = {"colorbars", "ramp", "pathological", "black"};
+    if (code >= 0 && code < 4) {
+        return kNames[code];
+    }
+    return "pattern " + std::to_string(code);
+}
+
 }  // namespace
 
 // ---- clock ----
@@ -121,7 +132,17 @@ Json::Value Emulator::getUserNotifications(const Request&) {
 // ---- SDI, HDMI, loop-back, video reference ----
 
 Json::Value Emulator::setSdiPatternGeneratorConfig(const Request& r) {
-    m_settings["sdi-pattern"] = requireObjectMember(r, "sdi");
+    // The settings of the port that "sdi-port" names (SdiData form), kept per port.
+    const Json::Value& sdi = requireObjectMember(r, "sdi");
+    const Json::Value& port = sdi.get("sdi-port", 0);
+    if (!port.isUInt() || port.asUInt() >= kSdiPorts) {
+        throw CommandError(kValueRefused,
+                           "\"sdi-port\" must be a port number below " + std::to_string(kSdiPorts));
+    }
+    if (sdi.isMember("vpg") && !sdi["vpg"].isObject()) {
+        throw CommandError(kBadRequest, "\"vpg\" must be an object");
+    }
+    m_settings["sdi-pattern"][std::to_string(port.asUInt())] = sdi;
     persistRunning();
     return emptyReply();
 }
@@ -134,7 +155,7 @@ Json::Value Emulator::setHdmiPatternGeneratorConfig(const Request& r) {
 
 Json::Value Emulator::getSdiInterfaceInfo(const Request&) {
     Json::Value reply;
-    for (int port = 0; port < 2; ++port) {
+    for (int port = 0; port < kSdiPorts; ++port) {
         Json::Value e;
         e["port"] = port;
         e["locked"] = port == 0;
@@ -203,13 +224,16 @@ Json::Value Emulator::setHdmiAudioOffset(const Request& r) {
 
 Json::Value Emulator::getSdiVpgInfo(const Request&) {
     Json::Value reply;
-    const Json::Value& pattern = m_settings["sdi-pattern"];
-    for (uint8_t port = 0; port < 2; ++port) {
+    for (uint8_t port = 0; port < kSdiPorts; ++port) {
+        // What command 29 set for this port: {"sdi-port", "vpg": {"patctrl", "video-format",
+        // "enable", "sync-enable"}}; a port never set has its generator off.
+        const Json::Value vpg =
+            m_settings["sdi-pattern"].get(std::to_string(port), Json::Value()).get("vpg", Json::Value());
         SdiVpgData data;
         data.m_port = port;
-        data.m_enable = !pattern.empty();
-        data.m_pattern = pattern.get("pattern", "colorbars").asString();
-        data.m_video_mode = data.m_enable ? pattern.get("video_mode", "1080p50").asString() : "NA";
+        data.m_enable = vpg.isObject() && vpg.get("enable", false).asBool();
+        data.m_pattern = patternName(vpg.isObject() ? vpg.get("patctrl", 0).asInt() : 0);
+        data.m_video_mode = data.m_enable ? vpg.get("video-format", "NA").asString() : "NA";
         Json::Value e;
         data.Serialize(e);
         reply["sdi-vpg-info"].append(e);
