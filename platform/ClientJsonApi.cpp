@@ -185,7 +185,30 @@ int ClientJsonApi::exchange(IpcMsg& msg, Json::Value& reply) {
                     "reply from " + m_endpoint + " (" + std::to_string(frame.size()) + " bytes): " + errors);
     }
     reply = std::move(parsed);
-    return 0;
+    return daemonRefusal(msg, reply);
+}
+
+int ClientJsonApi::daemonRefusal(const IpcMsg& msg, const Json::Value& reply) {
+    if (!reply.isObject() || !reply.isMember("error")) {
+        return 0;
+    }
+    const Json::Value& error = reply["error"];
+    const Json::Value& code = error.isObject() ? error["code"] : Json::Value::nullSingleton();
+    if (!code.isInt() || code.asInt() >= 0) {
+        return 0;
+    }
+    ErrorReport report;
+    report.code = code.asInt();
+    report.text = "refused by the daemon";
+    if (error["message"].isString() && !error["message"].asString().empty()) {
+        report.text += ": " + error["message"].asString();
+    }
+    report.commandId = msg.getCommandId();
+    getCommandDescription(report.commandId, report.commandDescription);
+    Logger::log(2, "ClientJsonApi: command %u (%s) refused by the daemon with %d, %s", report.commandId,
+                report.commandDescription.c_str(), report.code, report.text.c_str());
+    m_last_error = std::move(report);
+    return m_last_error.code;
 }
 
 int ClientJsonApi::fail(int code, const IpcMsg* msg, const std::string& detail) {

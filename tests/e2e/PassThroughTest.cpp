@@ -205,10 +205,10 @@ TEST_F(PassThrough, TableCoversEveryPassThroughMethod) {
 TEST_F(PassThrough, GainRequestsAreValidated) {
     Json::Value request = doc(R"({"channel-list":[{"channel-gain":"loud","position":1,"mute":false}]})");
     Json::Value reply;
-    ASSERT_EQ(s_api->setDestinationChannelGain(request, reply), 0);
+    ASSERT_EQ(s_api->setDestinationChannelGain(request, reply), -13);
     EXPECT_EQ(reply["error"]["code"].asInt(), -13);
     EXPECT_EQ(reply["error"]["user-messages"][0].asString(), "'channel-gain' field at node '0' isn't a floating point number.");
     request = doc(R"({"channel-list":[]})");
-    ASSERT_EQ(s_api->getSourceChannelGain(request, reply = Json::Value()), 0);
+    ASSERT_EQ(s_api->getSourceChannelGain(request, reply = Json::Value()), -13);
     EXPECT_EQ(reply["error"]["user-messages"][0].asString(), "Must specify the session-ID for this command");
 }

@@ -515,29 +515,34 @@ TEST_F(TypedApi, TableCoversEveryPublicMethod) {
 // A refused request is answered with {"error": {...}}. The transport hands that document
 // back like any reply, so the typed layer returns 0 and reads a document that holds none
 // of the members it looks for: the records stay as they were.
-TEST_F(TypedApi, RefusedRequestIsReadAsAReplyWithoutData) {
+TEST_F(TypedApi, RefusalsComeBackAsTheDaemonsCodeAndLeaveRecordsAlone) {
     AvMngApi api;
     connect(api);
     const session_id_t unknown = 987654321;
     LogCapture log;
     std::string sdp = "kept";
-    EXPECT_EQ(api.getSessionSdp(unknown, &sdp), 0);
+    EXPECT_EQ(api.getSessionSdp(unknown, &sdp), -16);
     EXPECT_EQ(sdp, "kept");
-    EXPECT_EQ(log.count("{\"error\":{\"code\":-16,"), 1u);  // only the OUT trace shows the refusal
+    EXPECT_TRUE(log.contains("CHK(int AvMngApi::getSessionSdp(session_id_t, std::__cxx11::string*))"));
+    EXPECT_TRUE(log.contains("refused by the daemon with -16, refused by the daemon: no session with id 987654321"));
+    // The nested call's code comes back from getSessionCfg, with its own CHK line.
     SourceApi cfg;
-    EXPECT_EQ(api.getSessionCfg(unknown, &cfg), 0);
+    EXPECT_EQ(api.getSessionCfg(unknown, &cfg), -16);
     EXPECT_EQ(text(cfg), text(SourceApi()));
+    EXPECT_TRUE(log.contains("CHK(int AvMngApi::getSessionCfg(session_id_t, SourceApi*))"));
     TpcStatistics stats;
-    EXPECT_EQ(api.getSessionTPCStats(unknown, stats), 0);
+    EXPECT_EQ(api.getSessionTPCStats(unknown, stats), -16);
     EXPECT_EQ(text(stats), text(TpcStatistics()));
-    EXPECT_EQ(api.removeSession(0), 0);
-    EXPECT_EQ(log.count("{\"error\":{\"code\":-14,"), 1u);
+    EXPECT_EQ(api.removeSession(0), -14);
     // The board takes no external clock reference: refused, and the clock stays as it was.
     ClockConfig external;
     external.m_clock_ref = ClockConfig::CLOCK_REF_AUTO_EXTERNAL;
-    EXPECT_EQ(api.cfgSystemClock(&external), 0);
+    EXPECT_EQ(api.cfgSystemClock(&external), -8);
     ClockConfig now;
     EXPECT_EQ(api.getSystemClockInfo(&now, nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(now.getClockRefType(), ClockConfig::CLOCK_REF_AUTO_PTP);
-    EXPECT_EQ(log.count("CHK("), 0u);
+    ErrorReport report;
+    api.getLastErrorMessage(report);
+    EXPECT_EQ(report.code, -8);
+    EXPECT_EQ(report.commandId, 21u);
 }

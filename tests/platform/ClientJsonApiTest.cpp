@@ -234,6 +234,49 @@ TEST(ClientJsonApi, MalformedRepliesAreRejectedAndTheSocketStaysUsable) {
     EXPECT_EQ(reply, jsonOf("[1,2]"));
 }
 
+TEST(ClientJsonApi, DaemonRefusalsBecomeTheirNegativeCode) {
+    struct Case {
+        const char* reply;
+        int result;
+    };
+    const Case cases[] = {
+        {R"({"error":{"code":-16,"message":"no session with id 9"}})", -16},
+        {R"({"error":{"code":-1,"message":"","user-messages":["Reference clock must be PTP."]}})", -1},
+        // Not a refusal: no negative integer code.
+        {R"({"error":{"code":0}})", 0},
+        {R"({"error":{"code":"-16"}})", 0},
+        {R"({"error":"text"})", 0},
+        {R"({"errors":{"code":-16}})", 0},
+    };
+    FakeDaemon daemon;
+    zmq::context_t ctx;
+    EndpointClient client(daemon.endpoint());
+    ASSERT_EQ(client.init(ctx), 0);
+    for (const Case& c : cases) {
+        daemon.replyWith(jsonOf(c.reply));
+        LogCapture capture;
+        IpcMsg msg(4, jsonOf(R"({"id":9})"));
+        Json::Value reply;
+        EXPECT_EQ(client.sendMessage(msg, reply), c.result) << c.reply;
+        EXPECT_EQ(reply, jsonOf(c.reply)) << "the refusal document is handed over";
+        EXPECT_EQ(capture.at(2).size(), c.result < 0 ? 1u : 0u) << c.reply;
+    }
+    ErrorReport report;
+    client.getLastErrorMessage(report);
+    EXPECT_EQ(report.code, -1);
+    EXPECT_EQ(report.text, "refused by the daemon");
+    EXPECT_EQ(report.commandId, 4u);
+    EXPECT_EQ(report.commandDescription, "cmd-4");
+
+    daemon.replyWith(jsonOf(R"({"error":{"code":-16,"message":"no session with id 9"}})"));
+    LogCapture capture;
+    IpcMsg msg(4);
+    Json::Value reply;
+    client.sendMessage(msg, reply);
+    EXPECT_EQ(capture.at(2).at(0),
+              "ClientJsonApi: command 4 (cmd-4) refused by the daemon with -16, refused by the daemon: no session with id 9");
+}
+
 TEST(ClientJsonApi, ReinitSwitchesEndpointAndARestartedDaemonIsReachedAgain) {
     zmq::context_t ctx;
     FakeDaemon first;

@@ -52,8 +52,10 @@
 //  -13   building the request threw (nothing was sent) or reading the reply threw
 //        (records keep what they received before the failure)
 //        ("TRY_SERIALIZE(...)" / "TRY_DESERIALIZE(...)" lines at level 2)
-//  other negative: the transport's code, passed up unchanged, with one
-//        "CHK(<signature>)::<line> Error Code <code>" line per layer at level 2.
+//  other negative: the transport's code, or the code of the daemon's refusal
+//        ({"error": {"code": ...}}, see ClientJsonApi::sendMessage), passed up unchanged,
+//        with one "CHK(<signature>)::<line> Error Code <code>" line per layer at level 2;
+//        the caller's records are left as they were.
 //
 // Traces at level 7: "AVMANAGER JSON API <signature>:<line>:IN" with the request (for
 // commands that carry one) and ":OUT" with the reply, each followed by the document as

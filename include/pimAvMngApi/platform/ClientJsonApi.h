@@ -55,6 +55,9 @@ public:
     // `reply` and 0 is returned; on failure `reply` is untouched, a negative code above
     // is returned, a level 2 line is logged and the failure is kept for
     // getLastErrorMessage().
+    // A reply that is a refusal, {"error": {"code": N, "message": ...}} with N negative,
+    // replaces `reply` as well (so that its message and user messages can be read) and
+    // N is returned, logged and kept like a transport failure.
     virtual int sendMessage(IpcMsg& msg, Json::Value& reply);
 
     // Details of the most recent failure (code 0 and empty texts when there was none).
@@ -74,6 +77,7 @@ private:
     void closeSocket();
     int fail(int code, const IpcMsg* msg, const std::string& detail);
     int exchange(IpcMsg& msg, Json::Value& reply);
+    int daemonRefusal(const IpcMsg& msg, const Json::Value& reply);
 
     std::mutex m_mutex;
     zmq::context_t* m_context = nullptr;
