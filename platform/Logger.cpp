@@ -26,19 +26,20 @@ std::string formatLine(const char* fmt, va_list args) {
 
 }  // namespace
 
+std::atomic<int> Logger::s_threshold{Logger::kDefaultThreshold};
+
 Logger* Logger::getInstance() {
     static Logger instance;
     return &instance;
 }
 
 void Logger::log(int level, const char* fmt, ...) {
-    Logger* logger = getInstance();
-    if (level > logger->getThreshold()) {
+    if (!isEnabled(level)) {
         return;
     }
     va_list args;
     va_start(args, fmt);
-    logger->vlogMessage(level, fmt, args);
+    getInstance()->vlogMessage(level, fmt, args);
     va_end(args);
 }
 

@@ -25,6 +25,15 @@ namespace {
 
 const std::string::size_type npos = std::string::npos;
 
+// A parser log line. Most are traces below the default threshold: checking the level
+// here leaves a disabled line at one load instead of a call with its arguments.
+#define SDP_LOG(level, ...)                  \
+    do {                                     \
+        if (Logger::isEnabled(level)) {      \
+            Logger::log(level, __VA_ARGS__); \
+        }                                    \
+    } while (0)
+
 // A message for the user: logged at level 2 and kept for the reply to the user.
 #define SDP_USER_MESSAGE(...)                                \
     do {                                                     \
@@ -101,7 +110,8 @@ Conversion convertUnsigned(const char* p, const char* end, unsigned bits, unsign
     return Conversion::Ok;
 }
 
-// The text of a number that failed to convert, for the log line.
+// The text of a number that failed to convert, for the log line (built only when the
+// line is logged).
 std::string failedText(std::string_view text, size_t begin, size_t end) {
     return std::string(text.substr(begin, end - begin));
 }
@@ -118,19 +128,14 @@ unsigned int toUnsigned(std::string_view text, size_t begin, size_t end = npos) 
         case Conversion::Ok:
             return static_cast<unsigned int>(value);
         case Conversion::Empty:
-            Logger::log(2, "trying to convert to integer a empty string. That is bad.");
+            SDP_LOG(2, "trying to convert to integer a empty string. That is bad.");
             return 0;
         case Conversion::Invalid:
-            if (Logger::isEnabled(2)) {
-                Logger::log(2, "trying to convert to integer invalid value: %s",
-                            failedText(text, begin, end).c_str());
-            }
+            SDP_LOG(2, "trying to convert to integer invalid value: %s",
+                    failedText(text, begin, end).c_str());
             return 0;
         case Conversion::OutOfRange:
-            if (Logger::isEnabled(2)) {
-                Logger::log(2, "trying to convert to integer out of range: %s",
-                            failedText(text, begin, end).c_str());
-            }
+            SDP_LOG(2, "trying to convert to integer out of range: %s", failedText(text, begin, end).c_str());
             return 0;
     }
     return 0;
@@ -148,19 +153,15 @@ unsigned long long toUnsigned64(std::string_view text, size_t begin, size_t end 
         case Conversion::Ok:
             return value;
         case Conversion::Empty:
-            Logger::log(2, "trying to convert to long long with an empty string. That is bad.");
+            SDP_LOG(2, "trying to convert to long long with an empty string. That is bad.");
             return 0;
         case Conversion::Invalid:
-            if (Logger::isEnabled(2)) {
-                Logger::log(2, "trying to convert to long long invalid value: %s",
-                            failedText(text, begin, end).c_str());
-            }
+            SDP_LOG(2, "trying to convert to long long invalid value: %s",
+                    failedText(text, begin, end).c_str());
             return 0;
         case Conversion::OutOfRange:
-            if (Logger::isEnabled(2)) {
-                Logger::log(2, "trying to convert to long long out of range: %s",
-                            failedText(text, begin, end).c_str());
-            }
+            SDP_LOG(2, "trying to convert to long long out of range: %s",
+                    failedText(text, begin, end).c_str());
             return 0;
     }
     return 0;
@@ -378,16 +379,16 @@ float strictFloat(std::string_view text) {
 // ---- grouping lines ----
 
 void splitGroupItems(std::string_view items, SdpGroup& group) {
-    Logger::log(6, "SDP:: found group in SDP %.*s", SDP_VIEW(items));
+    SDP_LOG(6, "SDP:: found group in SDP %.*s", SDP_VIEW(items));
     size_t begin = 0;
     size_t space;
     while ((space = items.find(' ', begin)) != npos) {
         group.m_items.emplace_back(sdptext::trim(items.substr(begin, space - begin)));
-        Logger::log(7, "SDP:: parsed group item %s", group.m_items.back().c_str());
+        SDP_LOG(7, "SDP:: parsed group item %s", group.m_items.back().c_str());
         begin = space + 1;
     }
     group.m_items.emplace_back(sdptext::trim(items.substr(begin)));
-    Logger::log(7, "SDP:: parsed last group item %s", group.m_items.back().c_str());
+    SDP_LOG(7, "SDP:: parsed last group item %s", group.m_items.back().c_str());
 }
 
 int readGroups(const std::vector<SdpLine>& lines, SdpGroup& group) {
@@ -417,7 +418,7 @@ int readGroups(const std::vector<SdpLine>& lines, SdpGroup& group) {
             multiSeen = true;
         }
         if (line.find(kPhased) != npos) {
-            Logger::log(2, "Group %s not supported", "PHASED");
+            SDP_LOG(2, "Group %s not supported", "PHASED");
             return -7;
         }
     }
@@ -430,14 +431,14 @@ void readOrigin(SdpSession& session, std::string_view line, size_t at) {
     const size_t userBegin = at + 2;
     const size_t userEnd = line.find(' ', userBegin);
     session.m_user_name.assign(line.substr(userBegin, userEnd == npos ? npos : userEnd - userBegin));
-    Logger::log(7, "::User name found::%s", session.m_user_name.c_str());
+    SDP_LOG(7, "::User name found::%s", session.m_user_name.c_str());
     if (userEnd == npos) {
         return;
     }
     const size_t idBegin = userEnd + 1;
     const size_t idEnd = line.find(' ', idBegin);
     session.m_session_id = extractUnsigned64(line, idBegin, idEnd == npos ? line.size() : idEnd);
-    Logger::log(7, "::Session id found::%llu", static_cast<unsigned long long>(session.m_session_id));
+    SDP_LOG(7, "::Session id found::%llu", static_cast<unsigned long long>(session.m_session_id));
     if (idEnd == npos) {
         return;
     }
@@ -445,17 +446,17 @@ void readOrigin(SdpSession& session, std::string_view line, size_t at) {
     const size_t versionEnd = line.find(' ', versionBegin);
     if (versionEnd != npos) {
         session.m_session_version = toUnsigned64(line, versionBegin, versionEnd);
-        Logger::log(7, "::Session version found::%llu",
-                    static_cast<unsigned long long>(session.m_session_version));
+        SDP_LOG(7, "::Session version found::%llu",
+                static_cast<unsigned long long>(session.m_session_version));
     }
     const size_t ip = line.find("IN IP4 ", versionBegin);
     if (ip != npos) {
         const std::string_view address = line.substr(ip + 7);
         if (sdptext::parseIp(address, session.m_local_ip)) {
-            Logger::log(7, "::Source IP found [%.*s]", SDP_VIEW(address));
+            SDP_LOG(7, "::Source IP found [%.*s]", SDP_VIEW(address));
         } else {
-            Logger::log(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(address));
-            Logger::log(5, "::Source IP found but it is invalid: [%.*s]", SDP_VIEW(address));
+            SDP_LOG(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(address));
+            SDP_LOG(5, "::Source IP found but it is invalid: [%.*s]", SDP_VIEW(address));
         }
     }
 }
@@ -468,18 +469,18 @@ void readSessionLines(SdpSession& session, const std::vector<SdpLine>& lines,
         if (scanned.has(kVersionToken)) {
             session.m_protocol_version =
                 static_cast<uint8_t>(toUnsigned(line, scanned.at(kVersionToken) + 2));
-            Logger::log(7, "::Version found::%d", session.m_protocol_version);
+            SDP_LOG(7, "::Version found::%d", session.m_protocol_version);
         } else if (scanned.has(kOriginToken)) {
             readOrigin(session, line, scanned.at(kOriginToken));
         } else if (scanned.has(kNameToken)) {
             session.m_info.assign(line.substr(scanned.at(kNameToken) + 2));
-            Logger::log(7, "::Description found::%s", session.m_info.c_str());
+            SDP_LOG(7, "::Description found::%s", session.m_info.c_str());
         } else if (scanned.has(kTimeToken)) {
             const size_t startBegin = scanned.at(kTimeToken) + 2;
             const size_t space = line.find(' ', startBegin);
             session.m_time.m_start = toUnsigned(line, startBegin, space);
             session.m_time.m_stop = (space == npos) ? 0 : toUnsigned(line, space + 1);
-            Logger::log(7, "::start time %d Stop time %d", session.m_time.m_start, session.m_time.m_stop);
+            SDP_LOG(7, "::start time %d Stop time %d", session.m_time.m_start, session.m_time.m_stop);
         } else {
             ignored.push_back(line);
         }
@@ -499,14 +500,14 @@ void readMediaLine(SdpMedia& media, std::string_view line, size_t at) {
     if (typeField.find("video") != npos) {
         media.m_type = SdpMedia::VIDEO;
     }
-    Logger::log(7, "::Media Type found::%d", static_cast<int>(media.m_type));
+    SDP_LOG(7, "::Media Type found::%d", static_cast<int>(media.m_type));
     if (typeEnd == npos) {
         return;
     }
     const size_t portBegin = typeEnd + 1;
     const size_t portEnd = line.find(' ', portBegin);
     media.m_udp_port = toUnsigned(line, portBegin, portEnd);
-    Logger::log(7, "::UDP port found::%d", media.m_udp_port);
+    SDP_LOG(7, "::UDP port found::%d", media.m_udp_port);
     if (portEnd == npos) {
         return;
     }
@@ -516,20 +517,20 @@ void readMediaLine(SdpMedia& media, std::string_view line, size_t at) {
         return;  // no payload type: the protocol is not taken either
     }
     media.m_protocol.assign(line.substr(protoBegin, protoEnd - protoBegin));
-    Logger::log(7, "::Protocol found::%s", media.m_protocol.c_str());
+    SDP_LOG(7, "::Protocol found::%s", media.m_protocol.c_str());
     media.m_payload_types.clear();
     size_t fieldBegin = protoEnd + 1;
     for (;;) {
         const size_t fieldEnd = line.find(' ', fieldBegin);
         const uint8_t payloadType = static_cast<uint8_t>(toUnsigned(line, fieldBegin, fieldEnd));
         media.m_payload_types.push_back(payloadType);
-        Logger::log(7, "::[Media] Found payload type [%d]", payloadType);
+        SDP_LOG(7, "::[Media] Found payload type [%d]", payloadType);
         if (fieldEnd == npos) {
             break;
         }
         fieldBegin = fieldEnd + 1;
     }
-    Logger::log(7, "::%d RTP map(s) expected::", static_cast<int>(media.m_payload_types.size()));
+    SDP_LOG(7, "::%d RTP map(s) expected::", static_cast<int>(media.m_payload_types.size()));
 }
 
 void readRtpMap(SdpMedia& media, std::string_view line, size_t at) {
@@ -537,23 +538,23 @@ void readRtpMap(SdpMedia& media, std::string_view line, size_t at) {
     const size_t ptBegin = at + 9;
     const size_t ptEnd = line.find(' ', ptBegin);
     map.m_payload_type = static_cast<uint8_t>(toUnsigned(line, ptBegin, ptEnd));
-    Logger::log(7, "::[RTP map] Payload type found::%d", map.m_payload_type);
+    SDP_LOG(7, "::[RTP map] Payload type found::%d", map.m_payload_type);
     const size_t nameBegin = (ptEnd == npos) ? line.size() : ptEnd + 1;
     const size_t slash1 = line.find('/', nameBegin);
     const std::string name(line.substr(nameBegin, slash1 == npos ? npos : slash1 - nameBegin));
-    Logger::log(7, "::Codec found::%s", name.c_str());
+    SDP_LOG(7, "::Codec found::%s", name.c_str());
     if (map.m_codec.setCodec(name) < 0) {
-        Logger::log(5, "::Codec not recognized, using %s as standard::%s", map.m_codec.toString().c_str(),
-                    name.c_str());
+        SDP_LOG(5, "::Codec not recognized, using %s as standard::%s", map.m_codec.toString().c_str(),
+                name.c_str());
     }
     const size_t rateBegin = (slash1 == npos) ? line.size() : slash1 + 1;
     const size_t slash2 = (slash1 == npos) ? npos : line.find('/', rateBegin);
     map.m_channel_freq = toUnsigned(line, rateBegin, slash2);
-    Logger::log(7, "::Sampling frequency found::%d", map.m_channel_freq);
+    SDP_LOG(7, "::Sampling frequency found::%d", map.m_channel_freq);
     if (sdpboard::isAudioCodec(map.m_codec)) {
         if (slash2 == npos) {
             // No channel field: the whole line is no number.
-            Logger::log(2, "trying to convert to integer invalid value: %.*s", SDP_VIEW(line));
+            SDP_LOG(2, "trying to convert to integer invalid value: %.*s", SDP_VIEW(line));
             map.m_number_channels = 0;
         } else {
             map.m_number_channels = static_cast<uint16_t>(toUnsigned(line, slash2 + 1));
@@ -561,7 +562,7 @@ void readRtpMap(SdpMedia& media, std::string_view line, size_t at) {
     } else {
         map.m_number_channels = 1;
     }
-    Logger::log(7, "::Number of channels found::%d", map.m_number_channels);
+    SDP_LOG(7, "::Number of channels found::%d", map.m_number_channels);
     media.m_rtp_maps.push_back(std::move(map));
 }
 
@@ -571,7 +572,7 @@ void readReferenceClock(SdpMedia& media, std::string_view line, size_t at) {
     const std::string_view source =
         line.substr(sourceBegin, (equals == npos ? line.size() : equals) - sourceBegin);
     if (source.find("ptp") == npos) {
-        Logger::log(2, "::Clock reference is not PTP!! we do not support that yet.::%.*s", SDP_VIEW(source));
+        SDP_LOG(2, "::Clock reference is not PTP!! we do not support that yet.::%.*s", SDP_VIEW(source));
         return;
     }
     media.m_clock_is_ptp = true;
@@ -584,7 +585,7 @@ void readReferenceClock(SdpMedia& media, std::string_view line, size_t at) {
     for (char& c : media.m_ptp_gm_id) {
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     }
-    Logger::log(7, "::GM ID found::%s", media.m_ptp_gm_id.c_str());
+    SDP_LOG(7, "::GM ID found::%s", media.m_ptp_gm_id.c_str());
     if (colon2 == npos) {
         return;
     }
@@ -592,10 +593,10 @@ void readReferenceClock(SdpMedia& media, std::string_view line, size_t at) {
     if (line.find("domain-nmbr", domainBegin) != npos) {
         const size_t eq = line.find('=', domainBegin);
         media.m_ptp_domain = static_cast<uint8_t>(toUnsigned(line, eq == npos ? line.size() : eq + 1));
-        Logger::log(7, "::[AES67-2015]Ptp domain found::%d", media.m_ptp_domain);
+        SDP_LOG(7, "::[AES67-2015]Ptp domain found::%d", media.m_ptp_domain);
     } else {
         media.m_ptp_domain = static_cast<uint8_t>(toUnsigned(line, domainBegin));
-        Logger::log(7, "::[AES67-2013]Ptp domain found::%d", media.m_ptp_domain);
+        SDP_LOG(7, "::[AES67-2013]Ptp domain found::%d", media.m_ptp_domain);
     }
 }
 
@@ -603,14 +604,14 @@ void readConnection(SdpMedia& media, std::string_view line, size_t at) {
     const size_t addressBegin = at + 9;
     const size_t slash = line.find('/', addressBegin);
     const std::string_view address = line.substr(addressBegin, slash == npos ? npos : slash - addressBegin);
-    Logger::log(7, "::Destination IP found::%.*s", SDP_VIEW(address));
+    SDP_LOG(7, "::Destination IP found::%.*s", SDP_VIEW(address));
     if (!sdptext::parseIp(address, media.m_transport_ip)) {
-        Logger::log(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(address));
-        Logger::log(5, "::Destination IP found but it is invalid: [%.*s]", SDP_VIEW(address));
+        SDP_LOG(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(address));
+        SDP_LOG(5, "::Destination IP found but it is invalid: [%.*s]", SDP_VIEW(address));
     }
     if (slash != npos) {
         media.m_ttl = static_cast<uint8_t>(toUnsigned(line, slash + 1));
-        Logger::log(7, "::TTL found::%d", media.m_ttl);
+        SDP_LOG(7, "::TTL found::%d", media.m_ttl);
     }
 }
 
@@ -624,20 +625,16 @@ void readSourceFilter(SdpMedia& media, std::string_view line) {
     const std::string_view destination = line.substr(destBegin, space == npos ? npos : space - destBegin);
     const std::string_view source = (space == npos) ? std::string_view() : line.substr(space + 1);
     if (sdptext::parseIp(destination, media.m_transport_ip)) {
-        if (Logger::isEnabled(7)) {
-            Logger::log(7, "::Destination IP found::%s", sdptext::IpText(media.m_transport_ip).c_str());
-        }
+        SDP_LOG(7, "::Destination IP found::%s", sdptext::IpText(media.m_transport_ip).c_str());
     } else {
-        Logger::log(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(destination));
-        Logger::log(5, "::Destination IP found but it is invalid: [%.*s]", SDP_VIEW(destination));
+        SDP_LOG(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(destination));
+        SDP_LOG(5, "::Destination IP found but it is invalid: [%.*s]", SDP_VIEW(destination));
     }
     if (sdptext::parseIp(source, media.m_local_ip)) {
-        if (Logger::isEnabled(7)) {
-            Logger::log(7, "::Source IP found::%s", sdptext::IpText(media.m_local_ip).c_str());
-        }
+        SDP_LOG(7, "::Source IP found::%s", sdptext::IpText(media.m_local_ip).c_str());
     } else {
-        Logger::log(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(source));
-        Logger::log(5, "::Source IP found but it is invalid: [%.*s]", SDP_VIEW(source));
+        SDP_LOG(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(source));
+        SDP_LOG(5, "::Source IP found but it is invalid: [%.*s]", SDP_VIEW(source));
     }
 }
 
@@ -651,7 +648,7 @@ int readChannelOrder(const SdpLine& scanned, SdpMedia& media) {
     if (at == npos) {
         return 0;
     }
-    Logger::log(7, "::channel-order under a=fmtp found::%.*s", SDP_VIEW(line));
+    SDP_LOG(7, "::channel-order under a=fmtp found::%.*s", SDP_VIEW(line));
     size_t begin = at + kOrder.size();
     size_t comma;
     while ((comma = line.find(',', begin)) != npos) {
@@ -662,9 +659,9 @@ int readChannelOrder(const SdpLine& scanned, SdpMedia& media) {
     media.m_channel_order.emplace_back(
         sdptext::trim(line.substr(begin, close == npos ? npos : close - begin)));
     if (Logger::isEnabled(7)) {
-        Logger::log(7, "::the following audio groups were found:");
+        SDP_LOG(7, "::the following audio groups were found:");
         for (const std::string& group : media.m_channel_order) {
-            Logger::log(7, "  %s", group.c_str());
+            SDP_LOG(7, "  %s", group.c_str());
         }
     }
     return 1;
@@ -676,7 +673,7 @@ int readVideoValues(const SdpLine& scanned, SdpMedia& media) {
         if (scanned.has(kFramerateToken)) {
             // The rate written on this line is not taken over; a later fmtp line sets it.
             media.m_video.setVideoFrameRate(0);
-            Logger::log(7, "::Frame rate found::%d", 0);
+            SDP_LOG(7, "::Frame rate found::%d", 0);
             return 1;
         }
         return 0;
@@ -707,11 +704,11 @@ int readVideoValues(const SdpLine& scanned, SdpMedia& media) {
         const Key& key = kKeys[i];
         switch (fmtpValue(line, key.key, value)) {
             case FmtpKey::Missing:
-                Logger::log(key.optional ? 3 : 2, "%s", key.missing);
+                SDP_LOG(key.optional ? 3 : 2, "%s", key.missing);
                 malformed = malformed || !key.optional;
                 continue;
             case FmtpKey::AtLineEnd:
-                Logger::log(2, "%s", key.invalid);
+                SDP_LOG(2, "%s", key.invalid);
                 malformed = true;
                 continue;
             case FmtpKey::Found:
@@ -746,7 +743,7 @@ int readVideoValues(const SdpLine& scanned, SdpMedia& media) {
     if (line.find("interlace=") != npos) {
         switch (fmtpValue(line, "interlace=", value)) {
             case FmtpKey::AtLineEnd:
-                Logger::log(2, "SDP fmtp line: interlace is invalid");
+                SDP_LOG(2, "SDP fmtp line: interlace is invalid");
                 malformed = true;
                 break;
             case FmtpKey::Found:
@@ -759,26 +756,26 @@ int readVideoValues(const SdpLine& scanned, SdpMedia& media) {
 
     int frameRate = 0;
     if (line.find("exactframerate=") != npos) {
-        Logger::log(6, "framerate found under a=fmtp as exactframerate");
+        SDP_LOG(6, "framerate found under a=fmtp as exactframerate");
         if (fmtpValue(line, "exactframerate=", value) == FmtpKey::AtLineEnd) {
-            Logger::log(2, "SDP fmtp line: exactframerate is invalid");
+            SDP_LOG(2, "SDP fmtp line: exactframerate is invalid");
             value = std::string_view();
         }
         const size_t slash = value.find('/');
         if (slash != npos) {
             const float numerator = strictFloat(value.substr(0, slash));
             const float denominator = strictFloat(value.substr(slash + 1));
-            Logger::log(7, "framerate found %f/%f", static_cast<double>(numerator),
-                        static_cast<double>(denominator));
+            SDP_LOG(7, "framerate found %f/%f", static_cast<double>(numerator),
+                    static_cast<double>(denominator));
             frameRate = saturatingInt(numerator / denominator);
         } else {
             frameRate = strictInt(value);
-            Logger::log(7, "framerate found %d", frameRate);
+            SDP_LOG(7, "framerate found %d", frameRate);
         }
     } else if (line.find("framerate=") != npos) {
-        Logger::log(6, "framerate found under a=fmtp as framerate");
+        SDP_LOG(6, "framerate found under a=fmtp as framerate");
         if (fmtpValue(line, "framerate=", value) == FmtpKey::AtLineEnd) {
-            Logger::log(2, "SDP fmtp line: framerate is invalid");
+            SDP_LOG(2, "SDP fmtp line: framerate is invalid");
             malformed = true;
         } else {
             frameRate = strictInt(value);
@@ -786,7 +783,7 @@ int readVideoValues(const SdpLine& scanned, SdpMedia& media) {
     }
 
     if (malformed) {
-        Logger::log(2, "::Format found but it is malformed: <%.*s>", SDP_VIEW(line));
+        SDP_LOG(2, "::Format found but it is malformed: <%.*s>", SDP_VIEW(line));
         return 1;
     }
 
@@ -794,17 +791,17 @@ int readVideoValues(const SdpLine& scanned, SdpMedia& media) {
     media.m_video.setVideoHeight(static_cast<unsigned int>(height));
     media.m_video.setVideoInterlace(interlaced);
     if (Logger::isEnabled(7)) {
-        Logger::log(7, "::Format found::");
-        Logger::log(7, "\t width:         %d", width);
-        Logger::log(7, "\t height:        %d", height);
-        Logger::log(7, "\t interlace:     %s", interlaced ? "true" : "false");
-        Logger::log(7, "\t depth:         %d", media.m_depth);
-        Logger::log(7, "\t colorimetry:   %s", media.m_colorimetry.c_str());
-        Logger::log(7, "\t sampling:      %s", media.m_sampling.c_str());
-        Logger::log(7, "\t framerate:     %d", frameRate);
+        SDP_LOG(7, "::Format found::");
+        SDP_LOG(7, "\t width:         %d", width);
+        SDP_LOG(7, "\t height:        %d", height);
+        SDP_LOG(7, "\t interlace:     %s", interlaced ? "true" : "false");
+        SDP_LOG(7, "\t depth:         %d", media.m_depth);
+        SDP_LOG(7, "\t colorimetry:   %s", media.m_colorimetry.c_str());
+        SDP_LOG(7, "\t sampling:      %s", media.m_sampling.c_str());
+        SDP_LOG(7, "\t framerate:     %d", frameRate);
     }
     if (media.m_video.setVideoFrameRate(frameRate) < 0) {
-        Logger::log(2, "::Format found but framerate is not supported: <%.*s>", SDP_VIEW(line));
+        SDP_LOG(2, "::Format found but framerate is not supported: <%.*s>", SDP_VIEW(line));
         return 0;
     }
     return 1;
@@ -831,18 +828,18 @@ int readMediaSection(SdpMedia& media, const SdpLine* first, const SdpLine* last,
             consumed = true;
             media.m_number_samples =
                 static_cast<uint8_t>(toUnsigned(line, scanned->at(kFramecountToken) + 13));
-            Logger::log(7, "::Number of samples found::%d", media.m_number_samples);
+            SDP_LOG(7, "::Number of samples found::%d", media.m_number_samples);
         }
         if (scanned->has(kPtimeToken)) {
             consumed = true;
             media.m_ptime = strictFloat(line.substr(scanned->at(kPtimeToken) + 8));
-            Logger::log(7, "::Packet time found::%4.3f", static_cast<double>(media.m_ptime));
+            SDP_LOG(7, "::Packet time found::%4.3f", static_cast<double>(media.m_ptime));
         }
 
         // Second stage: the first token found decides.
         if (scanned->has(kInfoToken)) {
             media.m_info.assign(line.substr(scanned->at(kInfoToken) + 2));
-            Logger::log(7, "::Description found::%s", media.m_info.c_str());
+            SDP_LOG(7, "::Description found::%s", media.m_info.c_str());
         } else if (scanned->has(kMidToken)) {
             media.m_group.assign(sdptext::trim(line.substr(scanned->at(kMidToken) + 6)));
             if (groupType == SdpGroup::GROUP_MULTI_2SI || groupType == SdpGroup::GROUP_MULTI_SD) {
@@ -853,13 +850,13 @@ int readMediaSection(SdpMedia& media, const SdpLine* first, const SdpLine* last,
                     integer = false;
                 }
                 if (!integer) {
-                    Logger::log(2, "Media identification in group is invalid and needs to be an integer: %s",
-                                media.m_group.c_str());
+                    SDP_LOG(2, "Media identification in group is invalid and needs to be an integer: %s",
+                            media.m_group.c_str());
                     return -7;
                 }
             }
             media.m_group_type = groupType;
-            Logger::log(7, "::Group found::%s", media.m_group.c_str());
+            SDP_LOG(7, "::Group found::%s", media.m_group.c_str());
         } else if (scanned->has(kRefclkToken)) {
             readReferenceClock(media, line, scanned->at(kRefclkToken));
         } else if (scanned->has(kConnectionToken)) {
@@ -869,12 +866,12 @@ int readMediaSection(SdpMedia& media, const SdpLine* first, const SdpLine* last,
         } else if (scanned->has(kMediaclkToken)) {
             const size_t equals = line.find('=', scanned->at(kMediaclkToken) + 11);
             media.m_media_clock = toUnsigned(line, equals == npos ? line.size() : equals + 1);
-            Logger::log(7, "::Media clock found::%d", media.m_media_clock);
+            SDP_LOG(7, "::Media clock found::%d", media.m_media_clock);
         } else if (scanned->has(kClockDomainToken)) {
             const size_t space = line.find(' ', scanned->at(kClockDomainToken) + 15);
             if (space != npos) {
                 media.m_ptp_domain = static_cast<uint8_t>(toUnsigned(line, space + 1));
-                Logger::log(7, "::clock-domain found::%d", media.m_ptp_domain);
+                SDP_LOG(7, "::clock-domain found::%d", media.m_ptp_domain);
             }
         } else if (readChannelOrder(*scanned, media) == 0 && readVideoValues(*scanned, media) == 0 &&
                    !consumed) {
@@ -887,21 +884,19 @@ int readMediaSection(SdpMedia& media, const SdpLine* first, const SdpLine* last,
         const std::string codec =
             media.m_rtp_maps.empty() ? std::string() : media.m_rtp_maps[0].m_codec.toString();
         if (media.m_rtp_maps.empty() || codec != wanted) {
-            Logger::log(2, "::Stream is video, but not valid type %s.", codec.c_str());
+            SDP_LOG(2, "::Stream is video, but not valid type %s.", codec.c_str());
             return -1;
         }
         if (media.m_video.checkVideoDetailConsistency() < 0) {
-            Logger::log(2, "::Stream is video, but no valid video format found.");
+            SDP_LOG(2, "::Stream is video, but no valid video format found.");
             return -1;
         }
-        if (Logger::isEnabled(7)) {
-            Logger::log(7, "::Video Format found ::%s", media.m_video.toString().c_str());
-        }
+        SDP_LOG(7, "::Video Format found ::%s", media.m_video.toString().c_str());
     }
     if (!groupItem.empty() && groupItem != media.m_group) {
-        Logger::log(
-            2, "::Group (%s) delimiting the media type does not match the order set in a=group::DUP (%.*s)",
-            media.m_group.c_str(), SDP_VIEW(groupItem));
+        SDP_LOG(2,
+                "::Group (%s) delimiting the media type does not match the order set in a=group::DUP (%.*s)",
+                media.m_group.c_str(), SDP_VIEW(groupItem));
         return -1;
     }
     return 0;
@@ -924,10 +919,10 @@ unsigned long long SdpConverter::parseUnsigned64(const std::string& text) {
 int SdpConverter::parseSdp(const std::string& text) {
     try {
         const int result = parseSdpInternal(text);
-        Logger::log(6, "SDP PARSE returned %d", result);
+        SDP_LOG(6, "SDP PARSE returned %d", result);
         return result;
     } catch (...) {
-        Logger::log(2, "SDP PARSE threw exception");
+        SDP_LOG(2, "SDP PARSE threw exception");
         return -7;
     }
 }
@@ -936,7 +931,7 @@ int SdpConverter::parseSdp(const std::string& text) {
 // sections are ranges of one list: nothing is copied until a value is stored.
 int SdpConverter::parseSdpInternal(const std::string& text) {
     SdpSession session;
-    Logger::log(7, "SDP:: generating from SDP String format");
+    SDP_LOG(7, "SDP:: generating from SDP String format");
 
     std::vector<SdpLine> lines;
     lines.reserve(32);
@@ -952,7 +947,7 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
         }
         start = end + 1;
     }
-    Logger::log(7, "SDP:: incoming SDP was split into %d lines", static_cast<int>(lines.size()));
+    SDP_LOG(7, "SDP:: incoming SDP was split into %d lines", static_cast<int>(lines.size()));
 
     SdpGroup group;
     PIMAV_CHK(readGroups(lines, group));
@@ -967,7 +962,7 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
     for (SdpLine& line : lines) {
         line.cutAtCarriageReturn();
         if (line.has(kMediaToken)) {
-            Logger::log(7, "::Media found::%d", static_cast<int>(mediaLines.size()));
+            SDP_LOG(7, "::Media found::%d", static_cast<int>(mediaLines.size()));
             if (mediaCount > 0) {
                 boundaries.push_back(mediaLines.size());
             }
@@ -982,7 +977,7 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
         }
     }
     boundaries.push_back(mediaLines.size());
-    Logger::log(6, "::We have found %d Media session in this sdp", mediaCount);
+    SDP_LOG(6, "::We have found %d Media session in this sdp", mediaCount);
 
     std::vector<std::string_view> ignoredLines;
     readSessionLines(session, sessionLines, ignoredLines);
@@ -992,7 +987,7 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
     for (int k = 1; k <= mediaCount; ++k) {
         const size_t first = (k == 1) ? 0 : boundaries[static_cast<size_t>(k) - 2];
         const size_t last = boundaries[static_cast<size_t>(k) - 1];
-        Logger::log(7, "splitting vector [%d - %d]", static_cast<int>(first), static_cast<int>(last));
+        SDP_LOG(7, "splitting vector [%d - %d]", static_cast<int>(first), static_cast<int>(last));
         const std::string_view item = static_cast<size_t>(k) > group.m_items.size()
                                           ? std::string_view()
                                           : group.m_items[static_cast<size_t>(k) - 1];
@@ -1004,7 +999,7 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
     readSessionLines(session, leftoverLines, ignoredLines);
 
     for (const std::string_view line : ignoredLines) {
-        Logger::log(4, "Ignored line:[%.*s]", SDP_VIEW(line));
+        SDP_LOG(4, "Ignored line:[%.*s]", SDP_VIEW(line));
     }
 
     PIMAV_CHK(checkMinimumCfg(&session));
@@ -1017,7 +1012,7 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
 int SdpConverter::parseSdpSession(SdpSession* session, std::vector<std::string>* lines,
                                   std::vector<std::string>* ignored) {
     if (session == nullptr || lines == nullptr || ignored == nullptr) {
-        Logger::log(2, "%s:: Parameter is null.", "parseSdpSession");
+        SDP_LOG(2, "%s:: Parameter is null.", "parseSdpSession");
         return -4;
     }
     std::vector<std::string_view> skipped;
@@ -1046,7 +1041,7 @@ int SdpConverter::parseSdpMedia(SdpMedia* media, std::vector<std::string>* lines
                                 std::vector<std::string>* leftovers, SdpGroup::Type groupType,
                                 std::string& groupItem) {
     if (media == nullptr || lines == nullptr || leftovers == nullptr) {
-        Logger::log(2, "%s:: Parameter is null.", "parseSdpMedia");
+        SDP_LOG(2, "%s:: Parameter is null.", "parseSdpMedia");
         return -4;
     }
     const std::vector<SdpLine> scanned = scanLines(*lines);
@@ -1081,7 +1076,7 @@ int SdpConverter::parseVideoValues(const std::string& line, SdpMedia& media) {
 
 int SdpConverter::checkMinimumCfg(SdpSession* session) {
     if (session == nullptr) {
-        Logger::log(2, "%s:: Parameter is null.", "checkMinimumCfg");
+        SDP_LOG(2, "%s:: Parameter is null.", "checkMinimumCfg");
         return -4;
     }
     bool failed = false;

@@ -47,12 +47,10 @@ public:
 
     // True when a line of this level would be written. Callers use it to skip
     // expensive argument preparation (rendering a JSON document, for example).
-    static bool isEnabled(int level) {
-        return level <= getInstance()->m_threshold.load(std::memory_order_relaxed);
-    }
+    static bool isEnabled(int level) { return level <= s_threshold.load(std::memory_order_relaxed); }
 
-    void setThreshold(int level) { m_threshold.store(level, std::memory_order_relaxed); }
-    int getThreshold() const { return m_threshold.load(std::memory_order_relaxed); }
+    void setThreshold(int level) { s_threshold.store(level, std::memory_order_relaxed); }
+    int getThreshold() const { return s_threshold.load(std::memory_order_relaxed); }
 
     // Replaces the output. An empty function restores the default output: stderr, one
     // line per message, prefixed with the level tag "[N] ".
@@ -65,7 +63,9 @@ private:
     Logger() = default;
     void write(int level, const std::string& line);
 
-    std::atomic<int> m_threshold{kDefaultThreshold};
+    // Held outside the one instance so that isEnabled, inlined at every call site,
+    // is a single load.
+    static std::atomic<int> s_threshold;
     std::mutex m_sink_mutex;
     std::shared_ptr<const Sink> m_sink;
 };
