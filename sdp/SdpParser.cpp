@@ -333,6 +333,9 @@ private:
     size_t m_at[kTokenCount];
 };
 
+// Lists of lines refer to the scanned lines of one text (small, and nothing copied).
+using LineList = std::vector<const SdpLine*>;
+
 std::vector<SdpLine> scanLines(const std::vector<std::string>& lines) {
     std::vector<SdpLine> scanned;
     scanned.reserve(lines.size());
@@ -344,6 +347,15 @@ std::vector<SdpLine> scanLines(const std::vector<std::string>& lines) {
 
 // printf arguments of a view: "%.*s" stops at a NUL just as "%s" of the line's C string.
 #define SDP_VIEW(view) static_cast<int>((view).size()), (view).data()
+
+LineList pointersTo(const std::vector<SdpLine>& lines) {
+    LineList list;
+    list.reserve(lines.size());
+    for (const SdpLine& line : lines) {
+        list.push_back(&line);
+    }
+    return list;
+}
 
 bool hasMediaToken(const SdpLine& line) {
     return line.has(kConnectionToken) || line.has(kClockDomainToken) || line.has(kRefclkToken) ||
@@ -462,9 +474,9 @@ void readOrigin(SdpSession& session, std::string_view line, size_t at) {
 }
 
 // The session-level rules; lines that none takes are appended to `ignored`.
-void readSessionLines(SdpSession& session, const std::vector<SdpLine>& lines,
-                      std::vector<std::string_view>& ignored) {
-    for (const SdpLine& scanned : lines) {
+void readSessionLines(SdpSession& session, const LineList& lines, std::vector<std::string_view>& ignored) {
+    for (const SdpLine* next : lines) {
+        const SdpLine& scanned = *next;
         const std::string_view line = scanned.text();
         if (scanned.has(kVersionToken)) {
             session.m_protocol_version =
@@ -809,9 +821,10 @@ int readVideoValues(const SdpLine& scanned, SdpMedia& media) {
 
 // One media section, lines [first, last); lines that no rule takes are appended to
 // `leftovers`.
-int readMediaSection(SdpMedia& media, const SdpLine* first, const SdpLine* last,
-                     std::vector<SdpLine>& leftovers, SdpGroup::Type groupType, std::string_view groupItem) {
-    for (const SdpLine* scanned = first; scanned != last; ++scanned) {
+int readMediaSection(SdpMedia& media, const SdpLine* const* first, const SdpLine* const* last,
+                     LineList& leftovers, SdpGroup::Type groupType, std::string_view groupItem) {
+    for (const SdpLine* const* next = first; next != last; ++next) {
+        const SdpLine* scanned = *next;
         const std::string_view line = scanned->text();
 
         // First stage: four independent tests.
@@ -875,7 +888,7 @@ int readMediaSection(SdpMedia& media, const SdpLine* first, const SdpLine* last,
             }
         } else if (readChannelOrder(*scanned, media) == 0 && readVideoValues(*scanned, media) == 0 &&
                    !consumed) {
-            leftovers.push_back(*scanned);
+            leftovers.push_back(scanned);
         }
     }
 
@@ -952,8 +965,8 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
     SdpGroup group;
     PIMAV_CHK(readGroups(lines, group));
 
-    std::vector<SdpLine> sessionLines;
-    std::vector<SdpLine> mediaLines;
+    LineList sessionLines;
+    LineList mediaLines;
     std::vector<size_t> boundaries;
     sessionLines.reserve(lines.size());
     mediaLines.reserve(lines.size());
@@ -967,13 +980,13 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
                 boundaries.push_back(mediaLines.size());
             }
             ++mediaCount;
-            mediaLines.push_back(line);
+            mediaLines.push_back(&line);
         } else if (mediaCount > 0) {
-            mediaLines.push_back(line);
+            mediaLines.push_back(&line);
         } else if (group.m_items.empty() && hasMediaToken(line)) {
-            mediaLines.push_back(line);
+            mediaLines.push_back(&line);
         } else {
-            sessionLines.push_back(line);
+            sessionLines.push_back(&line);
         }
     }
     boundaries.push_back(mediaLines.size());
@@ -982,7 +995,7 @@ int SdpConverter::parseSdpInternal(const std::string& text) {
     std::vector<std::string_view> ignoredLines;
     readSessionLines(session, sessionLines, ignoredLines);
 
-    std::vector<SdpLine> leftoverLines;
+    LineList leftoverLines;
     session.m_media.reserve(static_cast<size_t>(mediaCount));
     for (int k = 1; k <= mediaCount; ++k) {
         const size_t first = (k == 1) ? 0 : boundaries[static_cast<size_t>(k) - 2];
@@ -1016,7 +1029,8 @@ int SdpConverter::parseSdpSession(SdpSession* session, std::vector<std::string>*
         return -4;
     }
     std::vector<std::string_view> skipped;
-    readSessionLines(*session, scanLines(*lines), skipped);
+    const std::vector<SdpLine> scanned = scanLines(*lines);
+    readSessionLines(*session, pointersTo(scanned), skipped);
     ignored->insert(ignored->end(), skipped.begin(), skipped.end());
     return 0;
 }
@@ -1045,16 +1059,17 @@ int SdpConverter::parseSdpMedia(SdpMedia* media, std::vector<std::string>* lines
         return -4;
     }
     const std::vector<SdpLine> scanned = scanLines(*lines);
-    std::vector<SdpLine> left;
+    const LineList section = pointersTo(scanned);
+    LineList left;
     // The lines not taken so far are handed over even when a strict conversion throws.
     const auto handOver = [&left, leftovers] {
-        for (const SdpLine& line : left) {
-            leftovers->emplace_back(line.text());
+        for (const SdpLine* line : left) {
+            leftovers->emplace_back(line->text());
         }
     };
     int result;
     try {
-        result = readMediaSection(*media, scanned.data(), scanned.data() + scanned.size(), left, groupType,
+        result = readMediaSection(*media, section.data(), section.data() + section.size(), left, groupType,
                                   groupItem);
     } catch (...) {
         handOver();
