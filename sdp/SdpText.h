@@ -8,7 +8,6 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -63,8 +62,7 @@ inline bool parseIp(const char* text, uint32_t& out) {
 inline bool parseIp(std::string_view text, uint32_t& out) {
     char buffer[INET_ADDRSTRLEN + 1];
     const size_t length = text.size() < sizeof(buffer) - 1 ? text.size() : sizeof(buffer) - 1;
-    std::memcpy(buffer, text.data(), length);
-    buffer[length] = '\0';
+    buffer[text.copy(buffer, length)] = '\0';
     return parseIp(buffer, out);
 }
 

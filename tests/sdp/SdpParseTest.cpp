@@ -263,6 +263,10 @@ TEST(SdpParse, EdgeCases) {
         {"grouping lines are read before the carriage-return cut",
          replaced(base, "t=0 0\n", "t=0 0\na=recvonly\ra=group:PHASED 1 2\n"), -7, {},
          {"Group PHASED not supported"}, nullptr},
+        {"source filter without a source keeps the origin address",
+         replaced(base, "a=mediaclk", "a=source-filter: incl IN IP4 239.69.1.1\na=mediaclk"), 0, {},
+         {"Error parsing IP []: invalid IP address", "::Source IP found but it is invalid: []"},
+         [](const SdpSession& s) { EXPECT_EQ(s.m_media[0].m_local_ip, 0xC0A8010Au); }},
         {"address one character too long", replaced(base, "239.69.1.1/32", "239.255.255.2551/32"), -1,
          {kNoDestination}, {"Error parsing IP [239.255.255.2551]: invalid IP address"}, nullptr},
     };
