@@ -62,7 +62,8 @@ inline bool parseIp(const char* text, uint32_t& out) {
 inline bool parseIp(std::string_view text, uint32_t& out) {
     char buffer[INET_ADDRSTRLEN + 1];
     const size_t length = text.size() < sizeof(buffer) - 1 ? text.size() : sizeof(buffer) - 1;
-    buffer[text.copy(buffer, length)] = '\0';
+    // An empty view may have no data pointer at all, which copying must not touch.
+    buffer[length == 0 ? 0 : text.copy(buffer, length)] = '\0';
     return parseIp(buffer, out);
 }
 
