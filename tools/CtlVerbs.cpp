@@ -67,32 +67,33 @@ void printAdvertised(CtlJsonApi& api, std::ostream& out) {
     }
 }
 
-Json::Value addSource(CtlJsonApi& api, const Json::Value& document) {
-    SourceApi source;
+namespace {
+
+// Reads `document` into the session record, sends it with command `id` and reads the
+// reply back into a fresh record, so that both directions go through the record's form.
+template <typename Record>
+Json::Value addSession(CtlJsonApi& api, const Json::Value& document, unsigned id, const char* what) {
+    Record record;
     Json::Value in = document;
-    readRecord(source, in, "sender configuration");
+    readRecord(record, in, what);
     Json::Value request;
-    source.Serialize(request);
-    Json::Value reply = api.call(2, request, true);
-    SourceApi added;
-    readRecord(added, reply, "sender configuration");
+    record.Serialize(request);
+    Json::Value reply = api.call(id, request, true);
+    Record added;
+    readRecord(added, reply, what);
     Json::Value out;
     added.Serialize(out);
     return out;
 }
 
+}  // namespace
+
+Json::Value addSource(CtlJsonApi& api, const Json::Value& document) {
+    return addSession<SourceApi>(api, document, 2, "sender configuration");
+}
+
 Json::Value addDestination(CtlJsonApi& api, const Json::Value& document) {
-    DestinationApi destination;
-    Json::Value in = document;
-    readRecord(destination, in, "receiver configuration");
-    Json::Value request;
-    destination.Serialize(request);
-    Json::Value reply = api.call(3, request, true);
-    DestinationApi added;
-    readRecord(added, reply, "receiver configuration");
-    Json::Value out;
-    added.Serialize(out);
-    return out;
+    return addSession<DestinationApi>(api, document, 3, "receiver configuration");
 }
 
 void printClock(CtlJsonApi& api, std::ostream& out) {
