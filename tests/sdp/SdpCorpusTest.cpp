@@ -19,7 +19,7 @@
 
 namespace {
 
-const std::string kCorpusDir = std::string(PIMAV_SOURCE_DIR) + "/../shared/sdp-corpus";
+const std::string kCorpusDir = std::string(PIMAV_SOURCE_DIR) + "/tests/data/sdp-corpus";
 
 const char* const kPtime = "Packet time is a mandatory field in the SDP. Check your \"a=ptime:\" line.";
 const char* const kPtp = "Reference clock must be PTP. Check your \"a=ts-refclk\" line.";
