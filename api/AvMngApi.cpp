@@ -7,7 +7,7 @@
 
 #include <cctype>
 
-namespace pimav {
+namespace pimav::detail {
 
 std::string abiSignature(const char* pretty) {
     static const std::string kPlain = "std::string";
@@ -28,7 +28,7 @@ std::string abiSignature(const char* pretty) {
     return text;
 }
 
-}  // namespace pimav
+}  // namespace pimav::detail
 
 namespace {
 

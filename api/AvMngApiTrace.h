@@ -12,15 +12,15 @@
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 #include "pimAvMngApi/platform/Logger.h"
 
-namespace pimav {
+namespace pimav::detail {
 
 // `pretty` with every "std::string" that is not already "std::__cxx11::string" rewritten
 // to that form.
 std::string abiSignature(const char* pretty);
 
-}  // namespace pimav
+}  // namespace pimav::detail
 
-#define PIMAV_SIGNATURE (pimav::abiSignature(__PRETTY_FUNCTION__).c_str())
+#define PIMAV_SIGNATURE (pimav::detail::abiSignature(__PRETTY_FUNCTION__).c_str())
 
 #include "platform/ChkLog.h"
 

@@ -25,6 +25,8 @@
 #include "pimAvMngApi/platform/Logger.h"
 #include "platform/IpcWire.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 constexpr unsigned kSenders = 8;
@@ -36,12 +38,12 @@ public:
     EmulatorThread() {
         Logger::getInstance()->setThreshold(1);
         char dir[] = "/tmp/pimav-bench-XXXXXX";
-        emu::EmulatorOptions options;
+        EmulatorOptions options;
         options.configDir = ::mkdtemp(dir);
         m_dir = options.configDir;
-        m_emulator = std::make_unique<emu::Emulator>(options);
+        m_emulator = std::make_unique<Emulator>(options);
         for (unsigned i = 0; i < kSenders; ++i) {
-            emu::Request add;
+            Request add;
             add.commandId = 2;
             add.hasDocument = true;
             add.document["name"] = "bench " + std::to_string(i);
@@ -52,9 +54,9 @@ public:
             }
             m_emulator->handle(add);
         }
-        m_server = std::make_unique<emu::RequestServer>(m_context, endpoint());
+        m_server = std::make_unique<RequestServer>(m_context, endpoint());
         m_thread = std::thread([this] {
-            m_server->serve(m_stop, [this](const emu::Request& r) { return m_emulator->handle(r); }, nullptr, 20);
+            m_server->serve(m_stop, [this](const Request& r) { return m_emulator->handle(r); }, nullptr, 20);
         });
     }
     ~EmulatorThread() {
@@ -71,8 +73,8 @@ private:
     std::string m_dir;
     zmq::context_t m_context{1};
     std::atomic<bool> m_stop{false};
-    std::unique_ptr<emu::Emulator> m_emulator;
-    std::unique_ptr<emu::RequestServer> m_server;
+    std::unique_ptr<Emulator> m_emulator;
+    std::unique_ptr<RequestServer> m_server;
     std::thread m_thread;
 };
 
@@ -87,7 +89,7 @@ void BM_Raw(benchmark::State& state) {
     zmq::socket_t socket(context, zmq::socket_type::req);
     socket.set(zmq::sockopt::linger, 0);
     socket.connect(EmulatorThread::endpoint());
-    const std::string idFrame = IpcWire::encodeCommandId(static_cast<uint32_t>(state.range(0)));
+    const std::string idFrame = encodeCommandId(static_cast<uint32_t>(state.range(0)));
     zmq::message_t reply;
     for (auto _ : state) {
         socket.send(zmq::buffer(idFrame), zmq::send_flags::sndmore);

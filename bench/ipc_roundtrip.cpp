@@ -15,6 +15,8 @@
 #include "pimAvMngApi/api/AvMngApiJson.h"
 #include "platform/IpcWire.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 const std::string kReply = R"({"id":12,"name":"session-12","result":0})";
@@ -92,7 +94,7 @@ void BM_RawZmqRoundTrip(benchmark::State& state) {
     zmq::socket_t socket(context, zmq::socket_type::req);
     socket.set(zmq::sockopt::linger, 0);
     socket.connect(responder.endpoint());
-    const std::string idFrame = IpcWire::encodeCommandId(AES67_REMOVE_SESSION);
+    const std::string idFrame = encodeCommandId(AES67_REMOVE_SESSION);
     const std::string document = R"({"id":12})";
     zmq::message_t reply;
     for (auto _ : state) {

@@ -13,6 +13,8 @@
 #include "pimAvMngApi/platform/Logger.h"
 #include "platform/IpcWire.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 // A responder that answers every request with the same reply document.
@@ -23,7 +25,7 @@ public:
         m_socket.bind("tcp://127.0.0.1:*");
         const std::string endpoint = m_socket.get(zmq::sockopt::last_endpoint);
         m_port = static_cast<unsigned>(std::stoul(endpoint.substr(endpoint.rfind(':') + 1)));
-        m_reply = IpcWire::renderDocument(reply);
+        m_reply = renderDocument(reply);
         m_thread = std::thread([this] { serve(); });
     }
     ~Responder() {

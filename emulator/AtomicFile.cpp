@@ -9,7 +9,7 @@
 #include <fstream>
 #include <sstream>
 
-namespace emu {
+namespace pimav::detail {
 
 namespace {
 
@@ -121,4 +121,4 @@ bool makeDirectories(const std::string& path) {
     return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-}  // namespace emu
+}  // namespace pimav::detail

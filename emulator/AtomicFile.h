@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace emu {
+namespace pimav::detail {
 
 // Writes `text` to `path` so that a reader (or a restart after a crash) sees either the
 // old contents or the new ones, never a torn file: the text goes to a temporary file in
@@ -18,4 +18,4 @@ bool readWholeFile(const std::string& path, std::string& text);
 // Creates a directory and its parents (like mkdir -p). True if it exists afterwards.
 bool makeDirectories(const std::string& path);
 
-}  // namespace emu
+}  // namespace pimav::detail

@@ -15,7 +15,7 @@
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 
-namespace emu {
+namespace pimav::detail {
 
 namespace {
 
@@ -337,4 +337,4 @@ void Emulator::loadPersisted() {
     }
 }
 
-}  // namespace emu
+}  // namespace pimav::detail

@@ -12,7 +12,7 @@
 #include "pimAvMngApi/adv/AdvSessions.h"
 #include "pimAvMngApi/device/CfgFileTable.h"
 
-namespace emu {
+namespace pimav::detail {
 
 // Result codes the emulator puts in the "error" member of a reply (the library's own codes).
 enum EmulatorCode : int {
@@ -170,4 +170,4 @@ private:
     std::set<uint64_t> m_advertised_from_files;
 };
 
-}  // namespace emu
+}  // namespace pimav::detail

@@ -18,7 +18,7 @@
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 
-namespace emu {
+namespace pimav::detail {
 
 namespace {
 
@@ -444,4 +444,4 @@ Json::Value Emulator::getSourceChannelGain(const Request& r) { return gainReply(
 
 Json::Value Emulator::getDestinationChannelGain(const Request& r) { return gainReply("destination-gains", r, 55); }
 
-}  // namespace emu
+}  // namespace pimav::detail

@@ -12,7 +12,7 @@
 #include "EmulatorSupport.h"
 #include "pimAvMngApi/platform/Logger.h"
 
-namespace emu {
+namespace pimav::detail {
 
 namespace {
 
@@ -141,4 +141,4 @@ Json::Value Emulator::fileCfgRemoveConfig(const Request& r) {
     return emptyReply();
 }
 
-}  // namespace emu
+}  // namespace pimav::detail

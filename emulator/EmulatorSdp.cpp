@@ -19,7 +19,7 @@
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
-namespace emu {
+namespace pimav::detail {
 
 namespace {
 
@@ -272,4 +272,4 @@ Json::Value Emulator::removeExternalAdvertisement(const Request& r) {
     return emptyReply();
 }
 
-}  // namespace emu
+}  // namespace pimav::detail

@@ -11,7 +11,7 @@
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 
-namespace emu {
+namespace pimav::detail {
 
 namespace {
 
@@ -513,4 +513,4 @@ Json::Value Emulator::getAlarmStatus(const Request&) {
     return reply;
 }
 
-}  // namespace emu
+}  // namespace pimav::detail

@@ -11,7 +11,7 @@
 #include "pimAvMngApi/model/SourceApi.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 
-namespace emu {
+namespace pimav::detail {
 
 uint64_t requireId(const Request& r, const char* key) {
     if (!r.hasDocument || !r.document.isMember(key)) {
@@ -273,4 +273,4 @@ Json::Value defaultSettings() {
     return s;
 }
 
-}  // namespace emu
+}  // namespace pimav::detail

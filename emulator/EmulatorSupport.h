@@ -11,7 +11,7 @@
 #include "Emulator.h"
 #include "RequestServer.h"
 
-namespace emu {
+namespace pimav::detail {
 
 // Member checks of a request; each throws CommandError(kBadRequest, ...) when the member
 // is missing or of the wrong kind.
@@ -44,4 +44,4 @@ Json::Value sessionConfigDocument(const EmulatedSession& session, const Json::Va
 // The default device settings (clock, global, interfaces, gains, alarms).
 Json::Value defaultSettings();
 
-}  // namespace emu
+}  // namespace pimav::detail

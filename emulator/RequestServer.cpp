@@ -4,7 +4,7 @@
 
 #include "pimAvMngApi/platform/Logger.h"
 
-namespace emu {
+namespace pimav::detail {
 
 Json::Value errorReply(int code, const std::string& message, const std::vector<std::string>& userMessages) {
     Json::Value reply(Json::objectValue);
@@ -134,4 +134,4 @@ void RequestServer::serve(const std::atomic<bool>& stop, const Handler& handler,
     }
 }
 
-}  // namespace emu
+}  // namespace pimav::detail

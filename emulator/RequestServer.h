@@ -10,7 +10,7 @@
 #include <vector>
 #include <zmq.hpp>
 
-namespace emu {
+namespace pimav::detail {
 
 // Result code put in the "error" member of a reply to a request that cannot be read
 // (wrong number of frames, bad command id frame, text that is not a JSON object).
@@ -80,4 +80,4 @@ private:
     uint64_t m_served = 0;
 };
 
-}  // namespace emu
+}  // namespace pimav::detail

@@ -13,6 +13,8 @@
 #include "RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 std::atomic<bool> g_stop{false};
@@ -35,7 +37,7 @@ std::string defaultConfigDir() {
 int main(int argc, char** argv) {
     CLI::App app{"avmng-emulator: answers the AV manager commands of libpimAvMngApi over ZeroMQ"};
     std::string bind = "tcp://127.0.0.1:5559";
-    emu::EmulatorOptions options;
+    EmulatorOptions options;
     options.configDir = defaultConfigDir();
     int logLevel = 4;
     app.add_option("--bind", bind, "ZeroMQ endpoint to bind")->capture_default_str();
@@ -57,14 +59,14 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
 
     try {
-        emu::Emulator emulator(options);
+        Emulator emulator(options);
         zmq::context_t context(1);
-        emu::RequestServer server(context, bind);
+        RequestServer server(context, bind);
         Logger::log(4, "avmng-emulator: listening on %s (board %s, module %s, state in %s)", bind.c_str(),
                     options.board.c_str(), options.module.c_str(), options.configDir.c_str());
         std::cout << "avmng-emulator ready on " << bind << std::endl;
         server.serve(
-            g_stop, [&](const emu::Request& request) { return emulator.handle(request); },
+            g_stop, [&](const Request& request) { return emulator.handle(request); },
             [&] {
                 if (g_reload.exchange(false)) {
                     emulator.reloadAdvertised();

@@ -22,6 +22,8 @@
 #include "RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 std::string stateRoot() {
@@ -53,17 +55,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string dir = stateRoot() + "/state";
     std::error_code ignored;
     std::filesystem::remove_all(dir, ignored);
-    emu::EmulatorOptions options;
+    EmulatorOptions options;
     options.configDir = dir;
-    emu::Emulator emulator(options);
+    Emulator emulator(options);
     for (const std::string& part : splitRequests(std::string(reinterpret_cast<const char*>(data), size))) {
         if (part.empty()) {
             continue;
         }
         const std::string idFrame{static_cast<char>(static_cast<uint8_t>(part[0]) % 64), 0, 0, 0};
         try {
-            emulator.handle(emu::decodeRequest({idFrame, part.substr(1)}));
-        } catch (const emu::CommandError&) {
+            emulator.handle(decodeRequest({idFrame, part.substr(1)}));
+        } catch (const CommandError&) {
         } catch (const Json::LogicError&) {
             // A member of the wrong kind: the request loop answers it with an error reply.
         }

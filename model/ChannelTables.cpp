@@ -2,6 +2,8 @@
 
 #include "model/KeptKeys.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 void requireArrayOrNull(const Json::Value& v, const char* what) {
@@ -13,7 +15,7 @@ void requireArrayOrNull(const Json::Value& v, const char* what) {
 }  // namespace
 
 void ChannelTables::Usage::Serialize(Json::Value& out) const {
-    pimav::writeKeptKeys(m_other_keys, out);
+    writeKeptKeys(m_other_keys, out);
     out["channel"] = Json::Value(m_channel);
     out["used"] = Json::Value(m_used);
     out["session-id"] = Json::Value(static_cast<Json::UInt64>(m_session_id));
@@ -22,7 +24,7 @@ void ChannelTables::Usage::Serialize(Json::Value& out) const {
 }
 
 void ChannelTables::Usage::Deserialize(Json::Value& in) {
-    pimav::keepUnknownKeys(in, {"channel", "used", "session-id", "stream-id", "class"}, m_other_keys);
+    keepUnknownKeys(in, {"channel", "used", "session-id", "stream-id", "class"}, m_other_keys);
     m_channel = in.get("channel", 0u).asUInt();
     m_used = in.get("used", false).asBool();
     m_session_id = in.get("session-id", Json::Value(Json::UInt64(0))).asUInt64();
@@ -31,7 +33,7 @@ void ChannelTables::Usage::Deserialize(Json::Value& in) {
 }
 
 void ChannelTables::Table::Serialize(Json::Value& out) const {
-    pimav::writeKeptKeys(m_other_keys, out);
+    writeKeptKeys(m_other_keys, out);
     m_interface.Serialize(out["interface"]);
     out["interface-index"] = Json::Value(m_interface_index);
     out["num-channels"] = Json::Value(m_num_channels);
@@ -45,7 +47,7 @@ void ChannelTables::Table::Serialize(Json::Value& out) const {
 }
 
 void ChannelTables::Table::Deserialize(Json::Value& in) {
-    pimav::keepUnknownKeys(in, {"interface", "interface-index", "num-channels", "channels"}, m_other_keys);
+    keepUnknownKeys(in, {"interface", "interface-index", "num-channels", "channels"}, m_other_keys);
     Json::Value interface = in.get("interface", Json::Value());
     m_interface.Deserialize(interface);
     m_interface_index = in.get("interface-index", 0u).asUInt();

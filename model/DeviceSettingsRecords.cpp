@@ -7,8 +7,10 @@
 #include "pimAvMngApi/model/VideoRefOutputCfg.h"
 #include "pimAvMngApi/model/VtcStatus.h"
 
+using namespace pimav::detail;
+
 void AvGlobalCfg::Serialize(Json::Value& out) const {
-    pimav::writeKeptKeys(m_other_keys, out);
+    writeKeptKeys(m_other_keys, out);
     out["device-name"] = Json::Value(m_device_name);
     out["mdns"] = Json::Value(m_mdns);
     out["ptp-domain"] = Json::Value(static_cast<Json::UInt>(m_ptp_domain));
@@ -19,7 +21,7 @@ void AvGlobalCfg::Serialize(Json::Value& out) const {
 }
 
 void AvGlobalCfg::Deserialize(Json::Value& in) {
-    pimav::keepUnknownKeys(
+    keepUnknownKeys(
         in, {"device-name", "mdns", "ptp-domain", "dscp-audio", "dscp-video", "dscp-ancillary", "dscp-ptp"},
         m_other_keys);
     m_device_name = in.get("device-name", "").asString();
@@ -32,7 +34,7 @@ void AvGlobalCfg::Deserialize(Json::Value& in) {
 }
 
 void VtcStatus::Serialize(Json::Value& out) const {
-    pimav::writeKeptKeys(m_other_keys, out);
+    writeKeptKeys(m_other_keys, out);
     out["locked"] = Json::Value(m_locked);
     out["domain"] = Json::Value(static_cast<Json::UInt>(m_domain));
     out["master-locking-status"] = Json::Value(m_master_locking_status);
@@ -40,7 +42,7 @@ void VtcStatus::Serialize(Json::Value& out) const {
 }
 
 void VtcStatus::Deserialize(Json::Value& in) {
-    pimav::keepUnknownKeys(in, {"locked", "domain", "master-locking-status", "current-local-offset"},
+    keepUnknownKeys(in, {"locked", "domain", "master-locking-status", "current-local-offset"},
                            m_other_keys);
     m_locked = in.get("locked", false).asBool();
     m_domain = static_cast<uint8_t>(in.get("domain", 127u).asUInt());
@@ -49,7 +51,7 @@ void VtcStatus::Deserialize(Json::Value& in) {
 }
 
 void VideoRefOutputCfg::Serialize(Json::Value& out) const {
-    pimav::writeKeptKeys(m_other_keys, out);
+    writeKeptKeys(m_other_keys, out);
     out["enable"] = Json::Value(m_enable);
     out["source"] = Json::Value(m_source);
     out["format"] = Json::Value(m_format);
@@ -57,7 +59,7 @@ void VideoRefOutputCfg::Serialize(Json::Value& out) const {
 }
 
 void VideoRefOutputCfg::Deserialize(Json::Value& in) {
-    pimav::keepUnknownKeys(in, {"enable", "source", "format", "offset"}, m_other_keys);
+    keepUnknownKeys(in, {"enable", "source", "format", "offset"}, m_other_keys);
     m_enable = in.get("enable", true).asBool();
     m_source = in.get("source", "ptp").asString();
     m_format = in.get("format", "").asString();
@@ -65,7 +67,7 @@ void VideoRefOutputCfg::Deserialize(Json::Value& in) {
 }
 
 void SdiVpgData::Serialize(Json::Value& out) const {
-    pimav::writeKeptKeys(m_other_keys, out);
+    writeKeptKeys(m_other_keys, out);
     out["port"] = Json::Value(static_cast<Json::UInt>(m_port));
     out["enable"] = Json::Value(m_enable);
     out["pattern"] = Json::Value(m_pattern);
@@ -73,7 +75,7 @@ void SdiVpgData::Serialize(Json::Value& out) const {
 }
 
 void SdiVpgData::Deserialize(Json::Value& in) {
-    pimav::keepUnknownKeys(in, {"port", "enable", "pattern", "video_mode"}, m_other_keys);
+    keepUnknownKeys(in, {"port", "enable", "pattern", "video_mode"}, m_other_keys);
     m_port = static_cast<uint8_t>(in.get("port", 0u).asUInt());
     m_enable = in.get("enable", false).asBool();
     m_pattern = in.get("pattern", "").asString();

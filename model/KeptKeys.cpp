@@ -1,6 +1,6 @@
 #include "model/KeptKeys.h"
 
-namespace pimav {
+namespace pimav::detail {
 
 void keepUnknownKeys(const Json::Value& in, std::initializer_list<const char*> known, Json::Value& store) {
     store = Json::Value(Json::nullValue);
@@ -31,4 +31,4 @@ void writeKeptKeys(const Json::Value& store, Json::Value& out) {
     }
 }
 
-}  // namespace pimav
+}  // namespace pimav::detail

@@ -8,7 +8,7 @@
 
 #include <initializer_list>
 
-namespace pimav {
+namespace pimav::detail {
 
 // Replaces `store` with the members of `in` whose key is not in `known`. A document
 // that is not an object keeps nothing.
@@ -17,4 +17,4 @@ void keepUnknownKeys(const Json::Value& in, std::initializer_list<const char*> k
 // Writes every kept member into `out` (out[key] = value).
 void writeKeptKeys(const Json::Value& store, Json::Value& out);
 
-}  // namespace pimav
+}  // namespace pimav::detail

@@ -4,6 +4,8 @@
 
 #include "model/KeptKeys.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 // A list member must be an array; null (absent) reads as empty.
@@ -16,7 +18,7 @@ void requireArrayOrNull(const Json::Value& v, const char* what) {
 }  // namespace
 
 void SessionStreamList::Stream::Serialize(Json::Value& out) const {
-    pimav::writeKeptKeys(m_other_keys, out);
+    writeKeptKeys(m_other_keys, out);
     out["id"] = Json::Value(static_cast<Json::UInt64>(m_id));
     out["name"] = Json::Value(m_name);
     out["type"] = Json::Value(m_type);
@@ -26,7 +28,7 @@ void SessionStreamList::Stream::Serialize(Json::Value& out) const {
 }
 
 void SessionStreamList::Stream::Deserialize(Json::Value& in) {
-    pimav::keepUnknownKeys(in, {"id", "name", "type", "class", "state", "channel-list"}, m_other_keys);
+    keepUnknownKeys(in, {"id", "name", "type", "class", "state", "channel-list"}, m_other_keys);
     m_id = in.get("id", Json::Value(Json::UInt64(0))).asUInt64();
     m_name = in.get("name", "").asString();
     m_type = in.get("type", "").asString();
@@ -37,7 +39,7 @@ void SessionStreamList::Stream::Deserialize(Json::Value& in) {
 }
 
 void SessionStreamList::Session::Serialize(Json::Value& out) const {
-    pimav::writeKeptKeys(m_other_keys, out);
+    writeKeptKeys(m_other_keys, out);
     out["id"] = Json::Value(static_cast<Json::UInt64>(m_id));
     out["id-str"] = Json::Value(std::to_string(m_id));
     out["name"] = Json::Value(m_name);
@@ -53,7 +55,7 @@ void SessionStreamList::Session::Serialize(Json::Value& out) const {
 }
 
 void SessionStreamList::Session::Deserialize(Json::Value& in) {
-    pimav::keepUnknownKeys(in, {"id", "id-str", "name", "version", "paused", "streams"}, m_other_keys);
+    keepUnknownKeys(in, {"id", "id-str", "name", "version", "paused", "streams"}, m_other_keys);
     if (in.isMember("id") || !in.isMember("id-str")) {
         m_id = in.get("id", Json::Value(Json::UInt64(0))).asUInt64();
     } else {

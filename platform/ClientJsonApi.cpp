@@ -8,6 +8,8 @@
 #include "pimAvMngApi/platform/Logger.h"
 #include "platform/IpcWire.h"
 
+using namespace pimav::detail;
+
 ClientJsonApi::ClientJsonApi() = default;
 
 ClientJsonApi::~ClientJsonApi() {
@@ -112,8 +114,8 @@ int ClientJsonApi::exchange(IpcMsg& msg, Json::Value& reply) {
     }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
 
-    const std::string idFrame = IpcWire::encodeCommandId(msg.getCommandId());
-    const std::string document = msg.hasPayload() ? IpcWire::renderDocument(msg.getPayload()) : std::string();
+    const std::string idFrame = encodeCommandId(msg.getCommandId());
+    const std::string document = msg.hasPayload() ? renderDocument(msg.getPayload()) : std::string();
     try {
         m_socket->set(zmq::sockopt::sndtimeo, timeoutMs);
         if (!m_socket->send(zmq::buffer(idFrame), zmq::send_flags::sndmore) ||
@@ -180,7 +182,7 @@ int ClientJsonApi::exchange(IpcMsg& msg, Json::Value& reply) {
     }
     Json::Value parsed;
     std::string errors;
-    if (!IpcWire::parseDocument(frame.data<char>(), frame.size(), parsed, &errors)) {
+    if (!parseDocument(frame.data<char>(), frame.size(), parsed, &errors)) {
         return fail(kErrReplyNotJson, &msg,
                     "reply from " + m_endpoint + " (" + std::to_string(frame.size()) + " bytes): " + errors);
     }

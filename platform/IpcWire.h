@@ -15,7 +15,7 @@
 #include <memory>
 #include <string>
 
-namespace IpcWire {
+namespace pimav::detail {
 
 constexpr size_t kCommandIdSize = 4;
 
@@ -81,4 +81,4 @@ inline bool parseDocument(const char* begin, size_t size, Json::Value& document,
     return true;
 }
 
-}  // namespace IpcWire
+}  // namespace pimav::detail

@@ -7,7 +7,7 @@
 #include "pimAvMngApi/device/Codec.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
 
-namespace sdpboard {
+namespace pimav::detail {
 
 // A DAMSON board with an SDI-TR04 module carries SMPTE ST 2022-6 video; every other
 // board carries SMPTE ST 2110-20 ("raw").
@@ -47,4 +47,4 @@ inline bool isAudioCodec(const Codec& codec) {
     }
 }
 
-}  // namespace sdpboard
+}  // namespace pimav::detail

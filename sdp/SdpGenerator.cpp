@@ -11,8 +11,8 @@
 #include "sdp/SdpBoard.h"
 #include "sdp/SdpText.h"
 
-using sdptext::appendFormat;
-using sdptext::IpText;
+using namespace pimav::detail;
+
 
 namespace {
 
@@ -119,7 +119,7 @@ int SdpConverter::generateSessionMedia(std::string& out, SdpMedia& media, bool i
         unsigned int height = 0;
         bool interlaced = false;
         PIMAV_CHK(media.m_video.getVideoDetails(fieldRate, width, height, interlaced));
-        if (sdpboard::isDamsonTr04()) {
+        if (isDamsonTr04()) {
             appendFormat(out, "a=rtpmap:%d SMPTE2022-6/27000000\n", firstPayloadType);
         } else {
             appendFormat(out, "a=rtpmap:%d raw/90000\n", firstPayloadType);
@@ -151,7 +151,7 @@ int SdpConverter::generateSessionMedia(std::string& out, SdpMedia& media, bool i
         out += "a=ptime:";
         out += ptime;
         out += '\n';
-        if (sdpboard::writesChannelOrder()) {
+        if (writesChannelOrder()) {
             for (const SdpMediaRtpMap& map : media.m_rtp_maps) {
                 if (map.m_number_channels == 8) {
                     appendFormat(out, "a=fmtp:%d channel-order=SMPTE2110.(SGRP,SGRP)\n", map.m_payload_type);

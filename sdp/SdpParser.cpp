@@ -21,6 +21,8 @@
 #include "sdp/SdpBoard.h"
 #include "sdp/SdpText.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 const std::string::size_type npos = std::string::npos;
@@ -52,7 +54,7 @@ Conversion convertUnsigned(const char* p, const char* end, unsigned bits, unsign
     if (p == end) {
         return Conversion::Empty;
     }
-    while (p != end && sdptext::isSpace(*p)) {
+    while (p != end && isSpace(*p)) {
         ++p;
     }
     bool negative = false;
@@ -171,7 +173,7 @@ unsigned long long toUnsigned64(std::string_view text, size_t begin, size_t end 
 // skipped, a sign is accepted (a minus wraps), no digit gives 0, overflow gives the
 // largest value.
 unsigned long long extractUnsigned64(std::string_view text, size_t begin, size_t end) {
-    while (begin < end && sdptext::isSpace(text[begin])) {
+    while (begin < end && isSpace(text[begin])) {
         ++begin;
     }
     bool negative = false;
@@ -395,11 +397,11 @@ void splitGroupItems(std::string_view items, SdpGroup& group) {
     size_t begin = 0;
     size_t space;
     while ((space = items.find(' ', begin)) != npos) {
-        group.m_items.emplace_back(sdptext::trim(items.substr(begin, space - begin)));
+        group.m_items.emplace_back(trim(items.substr(begin, space - begin)));
         SDP_LOG(7, "SDP:: parsed group item %s", group.m_items.back().c_str());
         begin = space + 1;
     }
-    group.m_items.emplace_back(sdptext::trim(items.substr(begin)));
+    group.m_items.emplace_back(trim(items.substr(begin)));
     SDP_LOG(7, "SDP:: parsed last group item %s", group.m_items.back().c_str());
 }
 
@@ -464,7 +466,7 @@ void readOrigin(SdpSession& session, std::string_view line, size_t at) {
     const size_t ip = line.find("IN IP4 ", versionBegin);
     if (ip != npos) {
         const std::string_view address = line.substr(ip + 7);
-        if (sdptext::parseIp(address, session.m_local_ip)) {
+        if (parseIp(address, session.m_local_ip)) {
             SDP_LOG(7, "::Source IP found [%.*s]", SDP_VIEW(address));
         } else {
             SDP_LOG(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(address));
@@ -563,7 +565,7 @@ void readRtpMap(SdpMedia& media, std::string_view line, size_t at) {
     const size_t slash2 = (slash1 == npos) ? npos : line.find('/', rateBegin);
     map.m_channel_freq = toUnsigned(line, rateBegin, slash2);
     SDP_LOG(7, "::Sampling frequency found::%d", map.m_channel_freq);
-    if (sdpboard::isAudioCodec(map.m_codec)) {
+    if (isAudioCodec(map.m_codec)) {
         if (slash2 == npos) {
             // No channel field: the whole line is no number.
             SDP_LOG(2, "trying to convert to integer invalid value: %.*s", SDP_VIEW(line));
@@ -617,7 +619,7 @@ void readConnection(SdpMedia& media, std::string_view line, size_t at) {
     const size_t slash = line.find('/', addressBegin);
     const std::string_view address = line.substr(addressBegin, slash == npos ? npos : slash - addressBegin);
     SDP_LOG(7, "::Destination IP found::%.*s", SDP_VIEW(address));
-    if (!sdptext::parseIp(address, media.m_transport_ip)) {
+    if (!parseIp(address, media.m_transport_ip)) {
         SDP_LOG(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(address));
         SDP_LOG(5, "::Destination IP found but it is invalid: [%.*s]", SDP_VIEW(address));
     }
@@ -636,14 +638,14 @@ void readSourceFilter(SdpMedia& media, std::string_view line) {
     const size_t space = line.find(' ', destBegin);
     const std::string_view destination = line.substr(destBegin, space == npos ? npos : space - destBegin);
     const std::string_view source = (space == npos) ? std::string_view() : line.substr(space + 1);
-    if (sdptext::parseIp(destination, media.m_transport_ip)) {
-        SDP_LOG(7, "::Destination IP found::%s", sdptext::IpText(media.m_transport_ip).c_str());
+    if (parseIp(destination, media.m_transport_ip)) {
+        SDP_LOG(7, "::Destination IP found::%s", IpText(media.m_transport_ip).c_str());
     } else {
         SDP_LOG(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(destination));
         SDP_LOG(5, "::Destination IP found but it is invalid: [%.*s]", SDP_VIEW(destination));
     }
-    if (sdptext::parseIp(source, media.m_local_ip)) {
-        SDP_LOG(7, "::Source IP found::%s", sdptext::IpText(media.m_local_ip).c_str());
+    if (parseIp(source, media.m_local_ip)) {
+        SDP_LOG(7, "::Source IP found::%s", IpText(media.m_local_ip).c_str());
     } else {
         SDP_LOG(2, "Error parsing IP [%.*s]: invalid IP address", SDP_VIEW(source));
         SDP_LOG(5, "::Source IP found but it is invalid: [%.*s]", SDP_VIEW(source));
@@ -664,12 +666,12 @@ int readChannelOrder(const SdpLine& scanned, SdpMedia& media) {
     size_t begin = at + kOrder.size();
     size_t comma;
     while ((comma = line.find(',', begin)) != npos) {
-        media.m_channel_order.emplace_back(sdptext::trim(line.substr(begin, comma - begin)));
+        media.m_channel_order.emplace_back(trim(line.substr(begin, comma - begin)));
         begin = comma + 1;
     }
     const size_t close = line.find(')', begin);
     media.m_channel_order.emplace_back(
-        sdptext::trim(line.substr(begin, close == npos ? npos : close - begin)));
+        trim(line.substr(begin, close == npos ? npos : close - begin)));
     if (Logger::isEnabled(7)) {
         SDP_LOG(7, "::the following audio groups were found:");
         for (const std::string& group : media.m_channel_order) {
@@ -854,7 +856,7 @@ int readMediaSection(SdpMedia& media, const SdpLine* const* first, const SdpLine
             media.m_info.assign(line.substr(scanned->at(kInfoToken) + 2));
             SDP_LOG(7, "::Description found::%s", media.m_info.c_str());
         } else if (scanned->has(kMidToken)) {
-            media.m_group.assign(sdptext::trim(line.substr(scanned->at(kMidToken) + 6)));
+            media.m_group.assign(trim(line.substr(scanned->at(kMidToken) + 6)));
             if (groupType == SdpGroup::GROUP_MULTI_2SI || groupType == SdpGroup::GROUP_MULTI_SD) {
                 bool integer = true;
                 try {
@@ -893,7 +895,7 @@ int readMediaSection(SdpMedia& media, const SdpLine* const* first, const SdpLine
     }
 
     if (media.m_type == SdpMedia::VIDEO) {
-        const char* wanted = sdpboard::isDamsonTr04() ? "SMPTE2022-6" : "raw";
+        const char* wanted = isDamsonTr04() ? "SMPTE2022-6" : "raw";
         const std::string codec =
             media.m_rtp_maps.empty() ? std::string() : media.m_rtp_maps[0].m_codec.toString();
         if (media.m_rtp_maps.empty() || codec != wanted) {

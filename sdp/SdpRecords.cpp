@@ -10,6 +10,8 @@
 #include "pimAvMngApi/sdp/SdpSessionTime.h"
 #include "sdp/SdpText.h"
 
+using namespace pimav::detail;
+
 // ---- SdpSessionTime ----
 
 void SdpSessionTime::Serialize(Json::Value& out) const {
@@ -90,8 +92,8 @@ void SdpMedia::Serialize(Json::Value& out) const {
     Json::Value& ptp = out["ptp"];
     ptp["gmid"] = Json::Value(m_ptp_gm_id);
     ptp["domain"] = Json::Value(static_cast<int>(m_ptp_domain));
-    out["local-ip"] = Json::Value(sdptext::IpText(m_local_ip).c_str());
-    out["transport-ip"] = Json::Value(sdptext::IpText(m_transport_ip).c_str());
+    out["local-ip"] = Json::Value(IpText(m_local_ip).c_str());
+    out["transport-ip"] = Json::Value(IpText(m_transport_ip).c_str());
     Json::Value& video = out["video"];
     m_video.Serialize(video);
     video["depth"] = Json::Value(m_depth);
@@ -113,8 +115,8 @@ void SdpMedia::Deserialize(Json::Value& in) {
     const Json::Value ptp = in.get("ptp", Json::Value());
     m_ptp_gm_id = ptp.get("gmid", "").asString();
     m_ptp_domain = static_cast<uint8_t>(ptp.get("domain", 0u).asUInt());
-    sdptext::readAddress(m_local_ip, in.get("local-ip", "").asString());
-    sdptext::readAddress(m_transport_ip, in.get("transport-ip", "").asString());
+    readAddress(m_local_ip, in.get("local-ip", "").asString());
+    readAddress(m_transport_ip, in.get("transport-ip", "").asString());
     if (in.isMember("video") && in["video"].isObject()) {
         Json::Value& video = in["video"];
         m_video.Deserialize(video);
@@ -141,8 +143,8 @@ void SdpMedia::dump() const {
     Logger::log(6, " Ptime                 %f", static_cast<double>(m_ptime));
     Logger::log(6, " Num Samples           %d", m_number_samples);
     Logger::log(6, " Info                  %s", m_info.c_str());
-    Logger::log(6, " Local Ip              %s", sdptext::IpText(m_local_ip).c_str());
-    Logger::log(6, " Transport Ip          %s", sdptext::IpText(m_transport_ip).c_str());
+    Logger::log(6, " Local Ip              %s", IpText(m_local_ip).c_str());
+    Logger::log(6, " Transport Ip          %s", IpText(m_transport_ip).c_str());
     Logger::log(6, " Media Clock           %d", m_media_clock);
     Logger::log(6, " Sync with PTP         %s", m_clock_is_ptp ? "true" : "false");
     Logger::log(6, " PTP GM id             %s", m_ptp_gm_id.c_str());
@@ -164,7 +166,7 @@ void SdpSession::Serialize(Json::Value& out) const {
     out["version"] = Json::Value(static_cast<Json::UInt64>(m_session_version));
     m_time.Serialize(out["time"]);
     out["info"] = Json::Value(m_info);
-    out["local-ip"] = Json::Value(sdptext::IpText(m_local_ip).c_str());
+    out["local-ip"] = Json::Value(IpText(m_local_ip).c_str());
     for (Json::ArrayIndex i = 0; i < m_media.size(); ++i) {
         m_media[i].Serialize(out["media"][i]);
     }
@@ -178,7 +180,7 @@ void SdpSession::Deserialize(Json::Value& in) {
     Json::Value time = in.get("time", Json::Value());
     m_time.Deserialize(time);
     m_info = in.get("info", "").asString();
-    sdptext::readAddress(m_local_ip, in.get("local-ip", "").asString());
+    readAddress(m_local_ip, in.get("local-ip", "").asString());
     Json::Value media = in.get("media", Json::Value());
     for (Json::Value& element : media) {
         SdpMedia entry;

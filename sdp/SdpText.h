@@ -13,7 +13,7 @@
 
 #include "pimAvMngApi/platform/Logger.h"
 
-namespace sdptext {
+namespace pimav::detail {
 
 inline bool isSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
@@ -100,4 +100,4 @@ inline void appendFormat(std::string& out, const char* fmt, ...) {
     va_end(args);
 }
 
-}  // namespace sdptext
+}  // namespace pimav::detail

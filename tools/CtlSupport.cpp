@@ -6,7 +6,7 @@
 #include <memory>
 #include <sstream>
 
-namespace ctl {
+namespace pimav::detail {
 
 namespace {
 
@@ -285,4 +285,4 @@ bool parseJson(const std::string& text, Json::Value& doc, std::string& errors) {
     return true;
 }
 
-}  // namespace ctl
+}  // namespace pimav::detail

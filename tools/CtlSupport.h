@@ -11,7 +11,7 @@
 
 #include "pimAvMngApi/api/AvMngApiJson.h"
 
-namespace ctl {
+namespace pimav::detail {
 
 // A failed verb: the one-line message and the exit status (1 for a refused request or a
 // transport failure, 2 for bad usage).
@@ -64,4 +64,4 @@ void printClock(CtlJsonApi& api, std::ostream& out);
 void printFiles(CtlJsonApi& api, std::ostream& out);
 void printAlarms(CtlJsonApi& api, std::ostream& out);
 
-}  // namespace ctl
+}  // namespace pimav::detail

@@ -15,7 +15,7 @@
 #include "pimAvMngApi/model/SessionStatus.h"
 #include "pimAvMngApi/platform/Alarm.h"
 
-namespace ctl {
+namespace pimav::detail {
 
 namespace {
 
@@ -166,4 +166,4 @@ void printAlarms(CtlJsonApi& api, std::ostream& out) {
     out << count << " alarm(s) in " << sessions.size() << " session(s)\n";
 }
 
-}  // namespace ctl
+}  // namespace pimav::detail

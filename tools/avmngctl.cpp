@@ -22,12 +22,12 @@
 #include "CtlSupport.h"
 #include "pimAvMngApi/platform/Logger.h"
 
+using namespace pimav::detail;
+
 namespace {
 
-using ctl::CtlJsonApi;
-using ctl::Failure;
 
-void printReply(const Json::Value& reply, bool compact) { std::cout << ctl::renderJson(reply, !compact) << "\n"; }
+void printReply(const Json::Value& reply, bool compact) { std::cout << renderJson(reply, !compact) << "\n"; }
 
 Json::Value readDocumentArgument(const std::string& arg) {
     if (arg.empty()) {
@@ -35,13 +35,13 @@ Json::Value readDocumentArgument(const std::string& arg) {
     }
     std::string text = arg;
     if (arg[0] == '@') {
-        if (!ctl::readFile(arg.substr(1), text)) {
+        if (!readFile(arg.substr(1), text)) {
             throw Failure(2, "cannot read " + arg.substr(1));
         }
     }
     Json::Value doc;
     std::string errors;
-    if (!ctl::parseJson(text, doc, errors)) {
+    if (!parseJson(text, doc, errors)) {
         throw Failure(2, "request is not valid JSON: " + errors);
     }
     return doc;
@@ -49,12 +49,12 @@ Json::Value readDocumentArgument(const std::string& arg) {
 
 Json::Value readRecordFile(const std::string& path) {
     std::string text;
-    if (!ctl::readFile(path, text)) {
+    if (!readFile(path, text)) {
         throw Failure(2, "cannot read " + path);
     }
     Json::Value doc;
     std::string errors;
-    if (!ctl::parseJson(text, doc, errors) || !doc.isObject()) {
+    if (!parseJson(text, doc, errors) || !doc.isObject()) {
         throw Failure(2, path + " does not hold a JSON object" + (errors.empty() ? "" : ": " + errors));
     }
     return doc;
@@ -122,7 +122,7 @@ int main(int argc, char** argv) {
 
     try {
         if (verb == "commands") {
-            ctl::printCommands(std::cout);
+            printCommands(std::cout);
             return 0;
         }
         zmq::context_t context(1);
@@ -132,7 +132,7 @@ int main(int argc, char** argv) {
         }
         Json::Value reply;
         if (verb == "send") {
-            const int commandId = ctl::commandIdOf(command);
+            const int commandId = commandIdOf(command);
             if (commandId < 0) {
                 throw Failure(2, "unknown command \"" + command + "\" (see avmngctl commands)");
             }
@@ -140,13 +140,13 @@ int main(int argc, char** argv) {
             reply = api.call(static_cast<unsigned>(commandId), request, !document.empty());
             printReply(reply, compact);
         } else if (verb == "sessions") {
-            ctl::printSessions(api, std::cout);
+            printSessions(api, std::cout);
         } else if (verb == "advertised") {
-            ctl::printAdvertised(api, std::cout);
+            printAdvertised(api, std::cout);
         } else if (verb == "add-source") {
-            printReply(ctl::addSource(api, readRecordFile(file)), compact);
+            printReply(addSource(api, readRecordFile(file)), compact);
         } else if (verb == "add-destination") {
-            printReply(ctl::addDestination(api, readRecordFile(file)), compact);
+            printReply(addDestination(api, readRecordFile(file)), compact);
         } else if (verb == "remove") {
             Json::Value request;
             request["id"] = Json::UInt64(id);
@@ -158,9 +158,9 @@ int main(int argc, char** argv) {
             reply = api.call(0, request, true);
             std::cout << reply.get("sdp", "").asString();
         } else if (verb == "clock") {
-            ctl::printClock(api, std::cout);
+            printClock(api, std::cout);
         } else if (verb == "files") {
-            ctl::printFiles(api, std::cout);
+            printFiles(api, std::cout);
         } else if (verb == "save") {
             Json::Value request;
             request["pos"] = pos;
@@ -183,7 +183,7 @@ int main(int argc, char** argv) {
             api.call(11, request, true);
             std::cout << "configuration " << loadPos << " loaded to running\n";
         } else if (verb == "alarms") {
-            ctl::printAlarms(api, std::cout);
+            printAlarms(api, std::cout);
         }
     } catch (const Failure& f) {
         std::cerr << "avmngctl: " << f.what() << std::endl;

@@ -13,13 +13,14 @@
 #include "EmulatorProcess.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
-using e2e::EmulatorProcess;
+using namespace pimav::detail;
+
 
 namespace {
 
 const char* const kStudioUrl = "sap://192.168.1.50:9875/studio-a";
 
-Json::Value doc(const std::string& text) { return e2e::parse(text); }
+Json::Value doc(const std::string& text) { return parse(text); }
 
 // The id of the advertised session with `url`, 0 when the list has none.
 uint64_t advertisedId(const EmulatorProcess& emulator, const std::string& url) {
@@ -35,9 +36,9 @@ uint64_t advertisedId(const EmulatorProcess& emulator, const std::string& url) {
 class Advertised : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_folder = e2e::makeTempDir("advertise");
+        m_folder = makeTempDir("advertise");
         for (const char* name : {"commentary.sdp", "sap:%2F%2F192.168.1.50:9875%2Fstudio-a.sdp"}) {
-            std::ifstream in(e2e::sourcePath(std::string("examples/advertised/") + name));
+            std::ifstream in(sourcePath(std::string("examples/advertised/") + name));
             std::ofstream(m_folder + "/" + name) << in.rdbuf();
         }
         m_emulator = std::make_unique<EmulatorProcess>("", std::vector<std::string>{"--advertise", m_folder});
@@ -49,18 +50,18 @@ protected:
 
 TEST_F(Advertised, FolderFilesBecomeAdvertisedSessionsNamedByTheirUrl) {
     const Json::Value list = m_emulator->call(7);
-    ASSERT_EQ(list["list"].size(), 2u) << e2e::compact(list);
-    EXPECT_NE(advertisedId(*m_emulator, kStudioUrl), 0u) << e2e::compact(list);
-    EXPECT_NE(advertisedId(*m_emulator, "file://" + m_folder + "/commentary.sdp"), 0u) << e2e::compact(list);
+    ASSERT_EQ(list["list"].size(), 2u) << compact(list);
+    EXPECT_NE(advertisedId(*m_emulator, kStudioUrl), 0u) << compact(list);
+    EXPECT_NE(advertisedId(*m_emulator, "file://" + m_folder + "/commentary.sdp"), 0u) << compact(list);
 
     // A file that goes away is withdrawn on reload, a new one appears; refused files are skipped.
     std::remove((m_folder + "/commentary.sdp").c_str());
     std::ofstream(m_folder + "/broken.sdp") << "v=0\r\ns=no origin\r\n";
-    std::ifstream in(e2e::sourcePath("examples/advertised/rtsp:%2F%2F192.168.1.51:554%2Fcontrol-room.sdp"));
+    std::ifstream in(sourcePath("examples/advertised/rtsp:%2F%2F192.168.1.51:554%2Fcontrol-room.sdp"));
     std::ofstream(m_folder + "/rtsp:%2F%2F192.168.1.51:554%2Fcontrol-room.sdp") << in.rdbuf();
     // Both ways to reload: a refresh request, and SIGHUP (seen between requests).
     const Json::Value refreshed = m_emulator->call(7, doc(R"({"refresh":true})"));
-    ASSERT_EQ(refreshed["list"].size(), 2u) << e2e::compact(refreshed);
+    ASSERT_EQ(refreshed["list"].size(), 2u) << compact(refreshed);
     EXPECT_NE(advertisedId(*m_emulator, "rtsp://192.168.1.51:554/control-room"), 0u);
     EXPECT_EQ(advertisedId(*m_emulator, "file://" + m_folder + "/commentary.sdp"), 0u);
 
@@ -71,7 +72,7 @@ TEST_F(Advertised, FolderFilesBecomeAdvertisedSessionsNamedByTheirUrl) {
         usleep(20000);
         after = m_emulator->call(7);
     }
-    EXPECT_EQ(after["list"].size(), 1u) << e2e::compact(after);
+    EXPECT_EQ(after["list"].size(), 1u) << compact(after);
 }
 
 TEST_F(Advertised, ReceiverTakesAStreamOfAnAdvertisedSession) {
@@ -82,15 +83,15 @@ TEST_F(Advertised, ReceiverTakesAStreamOfAnAdvertisedSession) {
     request["rem-sid"]["media-idx"] = 0;
     const Json::Value reply = m_emulator->call(3, request);
     const uint64_t id = reply["session-id"].asUInt64();
-    ASSERT_NE(id, 0u) << e2e::compact(reply);
+    ASSERT_NE(id, 0u) << compact(reply);
 
     // The receiver's stream carries the advertised address and port; its SDP is the advertised text.
     const Json::Value info = m_emulator->call(15, doc("{\"id\":" + std::to_string(id) + "}"));
     EXPECT_EQ(info["rtsp-url"].asString(), kStudioUrl);
     EXPECT_EQ(info["remote-sid"].asUInt64(), remote);
-    ASSERT_EQ(info["session-list"].size(), 1u) << e2e::compact(info);
+    ASSERT_EQ(info["session-list"].size(), 1u) << compact(info);
     EXPECT_EQ(info["session-list"][0]["class"].asString(), "receiver");
-    EXPECT_EQ(info["session-list"][0]["udp"]["destination"].asInt(), 5004) << e2e::compact(info);
+    EXPECT_EQ(info["session-list"][0]["udp"]["destination"].asInt(), 5004) << compact(info);
     EXPECT_NE(m_emulator->call(0, doc("{\"id\":" + std::to_string(id) + "}"))["sdp"].asString().find("s=Studio A stereo"),
               std::string::npos);
 
@@ -119,15 +120,15 @@ TEST_F(Advertised, UserSdpIsCheckedAndEveryProblemReturned) {
     request["user-sdp"] = "v=0\r\no=- 77 77 IN IP4 10.0.0.1\r\ns=bad\r\nt=0 0\r\nm=audio 5004 RTP/AVP 96\r\n"
                           "a=rtpmap:96 L24/48000/2\r\n";
     const Json::Value refused = m_emulator->call(3, request);
-    ASSERT_EQ(refused["error"]["code"].asInt(), -1) << e2e::compact(refused);
-    const std::string messages = e2e::compact(refused["error"]["user-messages"]);
+    ASSERT_EQ(refused["error"]["code"].asInt(), -1) << compact(refused);
+    const std::string messages = compact(refused["error"]["user-messages"]);
     EXPECT_NE(messages.find("Destination IP is a mandatory field in the SDP."), std::string::npos) << messages;
     EXPECT_NE(messages.find("Reference clock must be PTP."), std::string::npos) << messages;
 
-    std::ifstream in(e2e::sourcePath("examples/advertised/commentary.sdp"));
+    std::ifstream in(sourcePath("examples/advertised/commentary.sdp"));
     request["user-sdp"] = std::string(std::istreambuf_iterator<char>(in), {});
     const Json::Value accepted = m_emulator->call(3, request);
-    ASSERT_NE(accepted["session-id"].asUInt64(), 0u) << e2e::compact(accepted);
+    ASSERT_NE(accepted["session-id"].asUInt64(), 0u) << compact(accepted);
 
     // Command 1 stores a checked SDP text for a session and refuses a bad one.
     Json::Value save;
@@ -158,7 +159,7 @@ TEST_F(Advertised, SenderSdpParsesBackIntoTheRequestedStream) {
     for (const Case& c : cases) {
         const Json::Value added = m_emulator->call(2, doc(c.request));
         const uint64_t id = added["session-id"].asUInt64();
-        ASSERT_NE(id, 0u) << e2e::compact(added);
+        ASSERT_NE(id, 0u) << compact(added);
         const std::string text = m_emulator->call(0, doc("{\"id\":" + std::to_string(id) + "}"))["sdp"].asString();
         SdpConverter converter;
         ASSERT_EQ(converter.parseSdp(text), 0) << text;

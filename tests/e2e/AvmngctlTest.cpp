@@ -7,12 +7,12 @@
 
 #include "EmulatorProcess.h"
 
-using e2e::EmulatorProcess;
-using e2e::run;
+using namespace pimav::detail;
+
 
 namespace {
 
-std::string ctl() { return e2e::binaryPath("tools/avmngctl"); }
+std::string ctl() { return binaryPath("tools/avmngctl"); }
 
 std::vector<std::string> ctlArgs(const EmulatorProcess& emulator, std::vector<std::string> rest) {
     std::vector<std::string> argv = {ctl(), "--port", std::to_string(emulator.port()), "--timeout", "3000"};
@@ -44,13 +44,13 @@ TEST(Avmngctl, SendByIdOrNamePrintsTheReply) {
     const auto pretty = run(ctlArgs(emulator, {"send", "51"}));
     ASSERT_EQ(pretty.status, 0) << pretty.err;
     EXPECT_GT(countLines(pretty.out), 1u);
-    EXPECT_TRUE(e2e::parse(pretty.out)["senders"].isArray());
+    EXPECT_TRUE(parse(pretty.out)["senders"].isArray());
     for (const char* name : {"getResourceAllocatedIds", "AES67_GET_RESOURCE_ALLOCATED_IDS"}) {
         const auto compact = run(ctlArgs(emulator, {"--compact", "send", name}));
         ASSERT_EQ(compact.status, 0) << compact.err;
         EXPECT_EQ(compact.out, "{\"receivers\":[],\"senders\":[]}\n");
     }
-    const std::string dir = e2e::makeTempDir("ctl");
+    const std::string dir = makeTempDir("ctl");
     const std::string request = writeFile(dir, "req.json", "{\"pos\":4,\"name\":\"from file\"}");
     ASSERT_EQ(run(ctlArgs(emulator, {"send", "9", "@" + request})).status, 0);
     const auto files = run(ctlArgs(emulator, {"files"}));
@@ -84,7 +84,7 @@ TEST(Avmngctl, FailuresGiveOneLineAndANonZeroStatus) {
 }
 
 TEST(Avmngctl, NoDaemonFailsWithinItsTimeout) {
-    const int port = e2e::freeLoopbackPort();
+    const int port = freeLoopbackPort();
     const auto start = std::chrono::steady_clock::now();
     const auto r = run({ctl(), "--port", std::to_string(port), "--timeout", "300", "send", "51"}, 10000);
     const auto elapsed = std::chrono::steady_clock::now() - start;
@@ -94,15 +94,15 @@ TEST(Avmngctl, NoDaemonFailsWithinItsTimeout) {
 }
 
 TEST(Avmngctl, TypedVerbsWalkASessionThroughItsLife) {
-    EmulatorProcess emulator("", {"--advertise", e2e::sourcePath("examples/advertised")});
-    const std::string dir = e2e::makeTempDir("verbs");
+    EmulatorProcess emulator("", {"--advertise", sourcePath("examples/advertised")});
+    const std::string dir = makeTempDir("verbs");
     const std::string source = writeFile(
         dir, "source.json",
         R"({"name":"ctl talker","audio-sources":[{"codec":"L24","ptime":1000,"channel-freq":48000,
             "channel-list":[{"channel":0},{"channel":1}]}]})");
     const auto added = run(ctlArgs(emulator, {"add-source", source}));
     ASSERT_EQ(added.status, 0) << added.err;
-    const std::string id = std::to_string(e2e::parse(added.out)["session-id"].asUInt64());
+    const std::string id = std::to_string(parse(added.out)["session-id"].asUInt64());
     ASSERT_NE(id, "0");
 
     const auto sdp = run(ctlArgs(emulator, {"sdp", id}));
@@ -119,7 +119,7 @@ TEST(Avmngctl, TypedVerbsWalkASessionThroughItsLife) {
         R"({"name":"ctl listener","rem-sid":{"id":1311738121,"media-idx":0},"channel-list":[{"channel":5}]})");
     const auto listener = run(ctlArgs(emulator, {"add-destination", destination}));
     ASSERT_EQ(listener.status, 0) << listener.err;
-    EXPECT_NE(e2e::parse(listener.out)["session-id"].asUInt64(), 0u) << listener.out;
+    EXPECT_NE(parse(listener.out)["session-id"].asUInt64(), 0u) << listener.out;
     const auto advertised = run(ctlArgs(emulator, {"advertised"}));
     ASSERT_EQ(advertised.status, 0) << advertised.err;
     EXPECT_NE(advertised.out.find("1311738121            OK      yes    sap://192.168.1.50:9875/studio-a"),

@@ -16,7 +16,7 @@
 #include <thread>
 #include <zmq.hpp>
 
-namespace e2e {
+namespace pimav::detail {
 
 namespace {
 
@@ -248,4 +248,4 @@ Json::Value parse(const std::string& text) {
     return value;
 }
 
-}  // namespace e2e
+}  // namespace pimav::detail

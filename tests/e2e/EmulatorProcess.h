@@ -11,7 +11,7 @@
 #include <vector>
 #include <zmq.hpp>
 
-namespace e2e {
+namespace pimav::detail {
 
 std::string binaryPath(const std::string& relative);  // below the build directory
 std::string sourcePath(const std::string& relative);  // below the source directory
@@ -75,4 +75,4 @@ private:
 std::string compact(const Json::Value& value);
 Json::Value parse(const std::string& text);
 
-}  // namespace e2e
+}  // namespace pimav::detail

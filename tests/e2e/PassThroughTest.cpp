@@ -9,7 +9,8 @@
 #include "EmulatorProcess.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
 
-using e2e::EmulatorProcess;
+using namespace pimav::detail;
+
 
 namespace {
 
@@ -18,12 +19,12 @@ public:
     int getClientTimeout() override { return 5000; }
 };
 
-Json::Value doc(const std::string& text) { return e2e::parse(text); }
+Json::Value doc(const std::string& text) { return parse(text); }
 
 class PassThrough : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        s_emulator = new EmulatorProcess("", {"--advertise", e2e::sourcePath("examples/advertised")});
+        s_emulator = new EmulatorProcess("", {"--advertise", sourcePath("examples/advertised")});
         s_context = new zmq::context_t(1);
         s_api = new E2eJsonApi();
         s_api->ipcPort = static_cast<uint32_t>(s_emulator->port());
@@ -35,7 +36,7 @@ protected:
                       reply),
                   0);
         s_sender = reply["session-id"].asUInt64();
-        ASSERT_NE(s_sender, 0u) << e2e::compact(reply);
+        ASSERT_NE(s_sender, 0u) << compact(reply);
     }
     static void TearDownTestSuite() {
         delete s_api;
@@ -162,11 +163,11 @@ void runRow(AvMngApiJson& api, const Row& row, uint64_t session) {
     Json::Value reply;
     ASSERT_EQ(row.call(api, request, reply), 0) << "command " << row.id;
     ASSERT_TRUE(reply.isObject()) << "command " << row.id;
-    EXPECT_FALSE(reply.isMember("error")) << "command " << row.id << ": " << e2e::compact(reply);
+    EXPECT_FALSE(reply.isMember("error")) << "command " << row.id << ": " << compact(reply);
     if (row.member[0] == '\0') {
-        EXPECT_TRUE(reply.empty()) << "command " << row.id << ": " << e2e::compact(reply);
+        EXPECT_TRUE(reply.empty()) << "command " << row.id << ": " << compact(reply);
     } else {
-        EXPECT_TRUE(reply.isMember(row.member)) << "command " << row.id << ": " << e2e::compact(reply);
+        EXPECT_TRUE(reply.isMember(row.member)) << "command " << row.id << ": " << compact(reply);
     }
 }
 

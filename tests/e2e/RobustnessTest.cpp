@@ -9,7 +9,8 @@
 #include "EmulatorProcess.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
 
-using e2e::EmulatorProcess;
+using namespace pimav::detail;
+
 
 namespace {
 
@@ -61,7 +62,7 @@ TEST(EmulatorRobustness, UnreadableRequestsGetAnErrorReplyAndTheDaemonGoesOn) {
         {"position out of range", {idFrame(25), "{\"pos\":11}"}},
     };
     for (const auto& c : cases) {
-        const Json::Value reply = e2e::parse(emulator.callRaw(c.frames));
+        const Json::Value reply = parse(emulator.callRaw(c.frames));
         ASSERT_TRUE(reply.isObject()) << c.what;
         ASSERT_TRUE(reply["error"].isObject()) << c.what;
         EXPECT_LT(reply["error"]["code"].asInt(), 0) << c.what;
@@ -111,27 +112,27 @@ TEST(EmulatorRobustness, SurvivesTenThousandMalformedRequestsInARow) {
 }
 
 TEST(EmulatorRobustness, SavedConfigurationSurvivesKillBetweenSaveAndLoad) {
-    const std::string dir = e2e::makeTempDir("persist");
+    const std::string dir = makeTempDir("persist");
     uint64_t sessionId = 0;
     {
         EmulatorProcess emulator(dir);
         const Json::Value added = emulator.call(2, audioSender("kept", 4));
-        ASSERT_TRUE(added["session-id"].isUInt64()) << e2e::compact(added);
+        ASSERT_TRUE(added["session-id"].isUInt64()) << compact(added);
         sessionId = added["session-id"].asUInt64();
         Json::Value save;
         save["pos"] = 3;
         save["name"] = "before crash";
         save["startup"] = true;
-        ASSERT_EQ(e2e::compact(emulator.call(9, save)), "{}");
+        ASSERT_EQ(compact(emulator.call(9, save)), "{}");
         Json::Value clear;
         clear["default"] = true;
-        ASSERT_EQ(e2e::compact(emulator.call(11, clear)), "{}");
+        ASSERT_EQ(compact(emulator.call(11, clear)), "{}");
         EXPECT_EQ(emulator.call(51)["senders"].size(), 0u);
         emulator.kill9();
     }
     EmulatorProcess restarted(dir);
     const Json::Value table = restarted.call(13);
-    ASSERT_EQ(table["list"].size(), 1u) << e2e::compact(table);
+    ASSERT_EQ(table["list"].size(), 1u) << compact(table);
     EXPECT_EQ(table["list"][0]["index"].asUInt(), 3u);
     EXPECT_EQ(table["list"][0]["name"].asString(), "before crash");
     EXPECT_EQ(table["startup"].asUInt(), 3u);
@@ -140,17 +141,17 @@ TEST(EmulatorRobustness, SavedConfigurationSurvivesKillBetweenSaveAndLoad) {
     // ... and loading position 3 restores the saved session with its id.
     Json::Value load;
     load["pos"] = 3;
-    ASSERT_EQ(e2e::compact(restarted.call(11, load)), "{}");
+    ASSERT_EQ(compact(restarted.call(11, load)), "{}");
     const Json::Value ids = restarted.call(51);
     ASSERT_EQ(ids["senders"].size(), 1u);
     EXPECT_EQ(ids["senders"][0].asUInt64(), sessionId);
     // No temporary files are left behind by the atomic writes.
-    const auto listing = e2e::run({"/bin/ls", "-a", dir});
+    const auto listing = run({"/bin/ls", "-a", dir});
     EXPECT_EQ(listing.out.find(".tmp"), std::string::npos) << listing.out;
 }
 
 TEST(EmulatorRobustness, RunningSessionsSurviveKill) {
-    const std::string dir = e2e::makeTempDir("running");
+    const std::string dir = makeTempDir("running");
     Json::Value added;
     {
         EmulatorProcess emulator(dir);
@@ -188,18 +189,18 @@ TEST(EmulatorRobustness, PythonClientGetsTheSameRepliesAsTheCppClient) {
         {51, ""}, {13, ""}, {22, ""}, {19, ""}, {15, "{\"id\":1}"}, {0, "{\"id\":1}"}, {4, "{\"id\":424242}"}, {99, ""},
     };
     for (const auto& c : cases) {
-        std::vector<std::string> argv = {"/usr/bin/python3", e2e::sourcePath("tests/e2e/wire_client.py"),
+        std::vector<std::string> argv = {"/usr/bin/python3", sourcePath("tests/e2e/wire_client.py"),
                                          emulator.endpoint(), std::to_string(c.id)};
         if (c.request[0] != '\0') {
             argv.emplace_back(c.request);
         }
-        const auto python = e2e::run(argv);
+        const auto python = run(argv);
         ASSERT_EQ(python.status, 0) << python.err;
-        IpcMsg msg = c.request[0] != '\0' ? IpcMsg(c.id, e2e::parse(c.request)) : IpcMsg(c.id);
+        IpcMsg msg = c.request[0] != '\0' ? IpcMsg(c.id, parse(c.request)) : IpcMsg(c.id);
         Json::Value cpp;
         const int rc = client.sendMessage(msg, cpp);
         const Json::Value& refusal = static_cast<const Json::Value&>(cpp)["error"];
         EXPECT_EQ(rc, refusal.get("code", 0).asInt()) << "command " << c.id;  // a refusal is its code
-        EXPECT_EQ(e2e::parse(python.out), cpp) << "command " << c.id;
+        EXPECT_EQ(parse(python.out), cpp) << "command " << c.id;
     }
 }

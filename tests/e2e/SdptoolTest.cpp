@@ -7,11 +7,12 @@
 
 #include "EmulatorProcess.h"
 
-using e2e::run;
+using namespace pimav::detail;
+
 
 namespace {
 
-std::string sdptool() { return e2e::binaryPath("tools/sdptool"); }
+std::string sdptool() { return binaryPath("tools/sdptool"); }
 
 std::string writeFile(const std::string& dir, const std::string& name, const std::string& text) {
     const std::string path = dir + "/" + name;
@@ -27,13 +28,13 @@ const char* const kBadSdp = "v=0\r\no=- 5 5 IN IP4 10.0.0.1\r\ns=no destination\
 }  // namespace
 
 TEST(Sdptool, CheckReportsOkOrTheUserMessages) {
-    const auto good = run({sdptool(), "check", e2e::sourcePath("examples/advertised/commentary.sdp")});
+    const auto good = run({sdptool(), "check", sourcePath("examples/advertised/commentary.sdp")});
     EXPECT_EQ(good.status, 0) << good.err;
     EXPECT_NE(good.out.find("commentary.sdp: ok"), std::string::npos) << good.out;
 
-    const std::string dir = e2e::makeTempDir("sdp");
+    const std::string dir = makeTempDir("sdp");
     const std::string bad = writeFile(dir, "bad.sdp", kBadSdp);
-    const auto mixed = run({sdptool(), "check", e2e::sourcePath("examples/advertised/commentary.sdp"), bad});
+    const auto mixed = run({sdptool(), "check", sourcePath("examples/advertised/commentary.sdp"), bad});
     EXPECT_EQ(mixed.status, 1);
     EXPECT_NE(mixed.out.find("bad.sdp: refused (-1)"), std::string::npos) << mixed.out;
     EXPECT_NE(mixed.out.find("Destination IP is a mandatory field in the SDP. Check your \"a=source-filter\" line."),
@@ -45,13 +46,13 @@ TEST(Sdptool, CheckReportsOkOrTheUserMessages) {
 }
 
 TEST(Sdptool, JsonAndGenRoundTrip) {
-    const auto json = run({sdptool(), "json", e2e::sourcePath("examples/advertised/commentary.sdp")});
+    const auto json = run({sdptool(), "json", sourcePath("examples/advertised/commentary.sdp")});
     ASSERT_EQ(json.status, 0) << json.err;
-    const Json::Value session = e2e::parse(json.out);
+    const Json::Value session = parse(json.out);
     ASSERT_EQ(session["media"].size(), 1u) << json.out;
     EXPECT_EQ(session["info"].asString(), "Commentary mono");
 
-    const std::string dir = e2e::makeTempDir("gen");
+    const std::string dir = makeTempDir("gen");
     const std::string doc = writeFile(dir, "session.json", json.out);
     const auto gen = run({sdptool(), "gen", doc});
     ASSERT_EQ(gen.status, 0) << gen.err;
@@ -66,8 +67,8 @@ TEST(Sdptool, JsonAndGenRoundTrip) {
 }
 
 TEST(Sdptool, VerboseShowsTheParserLog) {
-    const auto quiet = run({sdptool(), "check", e2e::sourcePath("examples/advertised/commentary.sdp")});
-    const auto verbose = run({sdptool(), "-v", "check", e2e::sourcePath("examples/advertised/commentary.sdp")});
+    const auto quiet = run({sdptool(), "check", sourcePath("examples/advertised/commentary.sdp")});
+    const auto verbose = run({sdptool(), "-v", "check", sourcePath("examples/advertised/commentary.sdp")});
     EXPECT_TRUE(quiet.err.empty()) << quiet.err;
     EXPECT_GT(countLines(verbose.err), 3u);
 }

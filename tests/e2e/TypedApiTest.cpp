@@ -17,6 +17,8 @@
 #include "pimAvMngApi/model/AudioStreamData.h"
 #include "support/LogCapture.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 using Ids = std::list<unsigned long long>;
@@ -37,7 +39,7 @@ ChannelList channels(std::initializer_list<uint32_t> numbers) {
 std::string text(const IJsonSerializable& record) {
     Json::Value doc;
     record.Serialize(doc);
-    return e2e::compact(doc);
+    return compact(doc);
 }
 
 // What the rows share, in the order they run.
@@ -94,7 +96,7 @@ const std::vector<Row>& rows() {
              return c.api.getLastErrorMessage(r) + r.code;  // no failure yet: code 0
          }, nullptr},
         {"convertJsonToString", [](Ctx& c) {
-             Json::Value v = e2e::parse(R"({"pause":true,"id":7})");
+             Json::Value v = parse(R"({"pause":true,"id":7})");
              return c.api.convertJsonToString(v) == R"({"id":7,"pause":true})" ? 0 : 1;
          }, nullptr},
         // ---- sessions ----
@@ -270,7 +272,7 @@ const std::vector<Row>& rows() {
         {"getSessionInternalStatus", [](Ctx& c) {
              Json::Value v;
              const int rc = c.api.getSessionInternalStatus(c.id(), true, false, true, v);
-             EXPECT_EQ(e2e::compact(v), "{\"clear_counters\":false,\"clear_fifo_levels\":true,\"clear_pending\":true,"
+             EXPECT_EQ(compact(v), "{\"clear_counters\":false,\"clear_fifo_levels\":true,\"clear_pending\":true,"
                                         "\"fifo-level\":0,\"id\":" + std::to_string(c.id()) +
                                         ",\"pending\":0,\"state\":\"Enabled\",\"streams\":3}");
              return rc;
@@ -398,7 +400,7 @@ const std::vector<Row>& rows() {
          }, [](Ctx& c) {  // no command reads it back but the running state
              Json::Value running;
              ASSERT_EQ(c.api.jsonApi.fileCfgGetRunning(running), 0);
-             EXPECT_EQ(e2e::compact(running["running"]["settings"]["loopback"]),
+             EXPECT_EQ(compact(running["running"]["settings"]["loopback"]),
                        R"([{"enable":true,"interface":{"string":"sdi","type":1}}])");
          }},
         {"getVideoReferenceCfg", [](Ctx& c) {
@@ -452,7 +454,7 @@ const std::vector<Row>& rows() {
 class TypedApi : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        s_emulator = new e2e::EmulatorProcess("", {"--advertise", e2e::sourcePath("examples/advertised")});
+        s_emulator = new EmulatorProcess("", {"--advertise", sourcePath("examples/advertised")});
         s_context = new zmq::context_t(1);
     }
     static void TearDownTestSuite() {
@@ -464,11 +466,11 @@ protected:
         ASSERT_EQ(api.init(*s_context), 0);
     }
 
-    static e2e::EmulatorProcess* s_emulator;
+    static EmulatorProcess* s_emulator;
     static zmq::context_t* s_context;
 };
 
-e2e::EmulatorProcess* TypedApi::s_emulator = nullptr;
+EmulatorProcess* TypedApi::s_emulator = nullptr;
 zmq::context_t* TypedApi::s_context = nullptr;
 
 }  // namespace
@@ -489,7 +491,7 @@ TEST_F(TypedApi, EveryMethodAgainstTheEmulator) {
 
 // Every public method the header declares has a row.
 TEST_F(TypedApi, TableCoversEveryPublicMethod) {
-    std::ifstream header(e2e::sourcePath("include/pimAvMngApi/api/AvMngApi.h"));
+    std::ifstream header(sourcePath("include/pimAvMngApi/api/AvMngApi.h"));
     ASSERT_TRUE(header.good());
     const std::regex declaration(R"(^\s+(?:int|void|std::string)\s+(\w+)\(([\w:<>]*\*?))");
     std::vector<std::pair<std::string, std::string>> declared;

@@ -13,6 +13,8 @@
 #include "RequestServer.h"
 #include "support/LogCapture.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 std::string tempDir(const char* tag) {
@@ -34,17 +36,17 @@ std::vector<std::string> filesIn(const std::string& dir) {
     return names;
 }
 
-Json::Value call(emu::Emulator& emulator, unsigned id, const std::string& json = "") {
-    emu::Request request;
+Json::Value call(Emulator& emulator, unsigned id, const std::string& json = "") {
+    Request request;
     request.commandId = id;
     if (!json.empty()) {
-        request = emu::decodeRequest({std::string("\0\0\0\0", 4), json});
+        request = decodeRequest({std::string("\0\0\0\0", 4), json});
         request.commandId = id;
     }
     try {
         return emulator.handle(request);
-    } catch (const emu::CommandError& e) {
-        return emu::errorReply(e.code(), e.what(), e.userMessages());
+    } catch (const CommandError& e) {
+        return errorReply(e.code(), e.what(), e.userMessages());
     }
 }
 
@@ -69,18 +71,18 @@ TEST(EmulatorRequest, FramesDecodeOrAreRefusedWithTheReason) {
     };
     for (const Case& c : cases) {
         try {
-            const emu::Request r = emu::decodeRequest(c.frames);
+            const Request r = decodeRequest(c.frames);
             EXPECT_EQ(c.refusal, nullptr) << "accepted: " << c.frames.back();
             EXPECT_EQ(r.commandId, c.id);
             EXPECT_EQ(r.hasDocument, c.hasDocument);
-        } catch (const emu::CommandError& e) {
+        } catch (const CommandError& e) {
             ASSERT_NE(c.refusal, nullptr) << e.what();
             EXPECT_EQ(e.code(), -13);
             EXPECT_NE(std::string(e.what()).find(c.refusal), std::string::npos) << e.what();
         }
     }
-    EXPECT_EQ(emu::renderReply(emu::errorReply(-3, "gone")), R"({"error":{"code":-3,"message":"gone"}})");
-    EXPECT_EQ(emu::renderReply(emu::errorReply(-1, "refused", {"a", "b"})),
+    EXPECT_EQ(renderReply(errorReply(-3, "gone")), R"({"error":{"code":-3,"message":"gone"}})");
+    EXPECT_EQ(renderReply(errorReply(-1, "refused", {"a", "b"})),
               R"({"error":{"code":-1,"message":"refused","user-messages":["a","b"]}})");
 }
 
@@ -88,28 +90,28 @@ TEST(EmulatorFiles, AtomicWriteReplacesWholeAndLeavesNoTemporaryFile) {
     const std::string dir = tempDir("atomic");
     const std::string path = dir + "/state.json";
     std::string error;
-    ASSERT_TRUE(emu::writeFileAtomically(path, "first", error)) << error;
-    ASSERT_TRUE(emu::writeFileAtomically(path, "second, longer", error)) << error;
+    ASSERT_TRUE(writeFileAtomically(path, "first", error)) << error;
+    ASSERT_TRUE(writeFileAtomically(path, "second, longer", error)) << error;
     std::string text;
-    ASSERT_TRUE(emu::readWholeFile(path, text));
+    ASSERT_TRUE(readWholeFile(path, text));
     EXPECT_EQ(text, "second, longer");
     EXPECT_EQ(filesIn(dir), std::vector<std::string>{"state.json"});
 
     // A target in a missing folder fails with a reason and creates nothing.
-    EXPECT_FALSE(emu::writeFileAtomically(dir + "/missing/state.json", "x", error));
+    EXPECT_FALSE(writeFileAtomically(dir + "/missing/state.json", "x", error));
     EXPECT_FALSE(error.empty());
-    EXPECT_TRUE(emu::makeDirectories(dir + "/a/b/c"));
-    EXPECT_TRUE(emu::makeDirectories(dir + "/a/b/c"));
-    EXPECT_TRUE(emu::writeFileAtomically(dir + "/a/b/c/f", "", error)) << error;
-    EXPECT_FALSE(emu::readWholeFile(dir + "/none", text));
+    EXPECT_TRUE(makeDirectories(dir + "/a/b/c"));
+    EXPECT_TRUE(makeDirectories(dir + "/a/b/c"));
+    EXPECT_TRUE(writeFileAtomically(dir + "/a/b/c/f", "", error)) << error;
+    EXPECT_FALSE(readWholeFile(dir + "/none", text));
 }
 
 TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
-    emu::EmulatorOptions options;
+    EmulatorOptions options;
     options.configDir = tempDir("state");
     uint64_t sender = 0;
     {
-        emu::Emulator emulator(options);
+        Emulator emulator(options);
         sender = call(emulator, 2, R"({"name":"kept","audio-sources":[{"channel-list":[{"channel":0}]}]})")
                      ["session-id"].asUInt64();
         ASSERT_NE(sender, 0u);
@@ -118,16 +120,16 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
     }
     {
         // The running state comes back as it was, both sessions.
-        emu::Emulator emulator(options);
+        Emulator emulator(options);
         EXPECT_EQ(emulator.sessions().size(), 2u);
         const Json::Value table = call(emulator, 13);
-        EXPECT_EQ(table["startup"].asUInt(), 3u) << emu::renderReply(table);
-        EXPECT_NE(emu::renderReply(table).find("three"), std::string::npos);
+        EXPECT_EQ(table["startup"].asUInt(), 3u) << renderReply(table);
+        EXPECT_NE(renderReply(table).find("three"), std::string::npos);
     }
     // Without the running state, the start-up file is loaded: only what was saved.
     std::remove((options.configDir + "/running.json").c_str());
     {
-        emu::Emulator emulator(options);
+        Emulator emulator(options);
         ASSERT_EQ(emulator.sessions().size(), 1u);
         EXPECT_EQ(emulator.sessions().begin()->first, sender);
         // A new session never reuses a saved id.
@@ -137,12 +139,12 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
     // A torn running file is logged and ignored rather than stopping the daemon.
     std::ofstream(options.configDir + "/running.json") << "{\"sessions\": [";
     LogCapture capture;
-    emu::Emulator emulator(options);
+    Emulator emulator(options);
     EXPECT_TRUE(capture.contains("emulator: ignoring unreadable file " + options.configDir + "/running.json"));
 }
 
 TEST(EmulatorState, AdvertiseFolderRefusalsAreLoggedAndSkipped) {
-    emu::EmulatorOptions options;
+    EmulatorOptions options;
     options.configDir = tempDir("adv-state");
     options.advertiseDir = tempDir("adv");
     std::ofstream(options.advertiseDir + "/no-origin.sdp") << "v=0\r\ns=x\r\nt=0 0\r\n";
@@ -150,7 +152,7 @@ TEST(EmulatorState, AdvertiseFolderRefusalsAreLoggedAndSkipped) {
     std::ifstream in(PIMAV_SOURCE_DIR "/examples/advertised/commentary.sdp");
     std::ofstream(options.advertiseDir + "/good.sdp") << in.rdbuf();
     LogCapture capture;
-    emu::Emulator emulator(options);
+    Emulator emulator(options);
     EXPECT_TRUE(capture.contains("emulator: advertisement " + options.advertiseDir + "/no-origin.sdp refused"));
     EXPECT_TRUE(capture.contains("emulator: 1 advertised sessions loaded from " + options.advertiseDir));
     const Json::Value list = call(emulator, 7);
@@ -159,7 +161,7 @@ TEST(EmulatorState, AdvertiseFolderRefusalsAreLoggedAndSkipped) {
 
     options.advertiseDir = "/nonexistent/folder";
     capture.clear();
-    emu::Emulator without(options);
+    Emulator without(options);
     EXPECT_TRUE(capture.contains("emulator: cannot open the advertise folder /nonexistent/folder"));
     EXPECT_EQ(call(without, 7)["list"].size(), 0u);
 }

@@ -13,6 +13,8 @@
 #include "support/JsonText.h"
 #include "support/LogCapture.h"
 
+using namespace pimav::detail;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -44,31 +46,31 @@ long msSince(Clock::time_point start) {
 }
 
 TEST(IpcWire, CommandIdIsFourLittleEndianBytes) {
-    EXPECT_EQ(IpcWire::encodeCommandId(0x01020304u), std::string("\x04\x03\x02\x01", 4));
+    EXPECT_EQ(encodeCommandId(0x01020304u), std::string("\x04\x03\x02\x01", 4));
     for (uint32_t id : {0u, 55u, 256u, 0xFFFFFFFFu}) {
-        const std::string frame = IpcWire::encodeCommandId(id);
+        const std::string frame = encodeCommandId(id);
         uint32_t back = 7;
-        ASSERT_TRUE(IpcWire::decodeCommandId(frame.data(), frame.size(), back));
+        ASSERT_TRUE(decodeCommandId(frame.data(), frame.size(), back));
         EXPECT_EQ(back, id);
     }
     uint32_t untouched = 9;
-    EXPECT_FALSE(IpcWire::decodeCommandId("\x01\x02\x03", 3, untouched));
-    EXPECT_FALSE(IpcWire::decodeCommandId("\x01\x02\x03\x04\x05", 5, untouched));
+    EXPECT_FALSE(decodeCommandId("\x01\x02\x03", 3, untouched));
+    EXPECT_FALSE(decodeCommandId("\x01\x02\x03\x04\x05", 5, untouched));
     EXPECT_EQ(untouched, 9u);
 }
 
 TEST(IpcWire, DocumentsAreCompactAndParsingIsStrict) {
-    EXPECT_EQ(IpcWire::renderDocument(jsonOf(R"({"b": [1, 2], "a": {"x": "y"}})")),
+    EXPECT_EQ(renderDocument(jsonOf(R"({"b": [1, 2], "a": {"x": "y"}})")),
               R"({"a":{"x":"y"},"b":[1,2]})");
     Json::Value doc = "keep";
     std::string why;
     for (const std::string bad : {"", "{", "{} trailing", "not json", "{\"a\":1}{}"}) {
-        EXPECT_FALSE(IpcWire::parseDocument(bad.data(), bad.size(), doc, &why)) << bad;
+        EXPECT_FALSE(parseDocument(bad.data(), bad.size(), doc, &why)) << bad;
         EXPECT_FALSE(why.empty()) << bad;
         EXPECT_EQ(doc, Json::Value("keep")) << bad;
     }
     const std::string ok = " {\"a\":1}\n";
-    ASSERT_TRUE(IpcWire::parseDocument(ok.data(), ok.size(), doc));
+    ASSERT_TRUE(parseDocument(ok.data(), ok.size(), doc));
     EXPECT_EQ(doc["a"].asInt(), 1);
 }
 

@@ -5,6 +5,8 @@
 
 #include "platform/IpcWire.h"
 
+using namespace pimav::detail;
+
 FakeDaemon::Action FakeDaemon::Action::reply(const Json::Value& document) {
     Action a;
     a.kind = Kind::Reply;
@@ -135,12 +137,12 @@ void FakeDaemon::serve() {
         request.frameCount = frames.size() - 2;
         if (request.frameCount >= 1) {
             request.idFrame = frames[2];
-            IpcWire::decodeCommandId(frames[2].data(), frames[2].size(), request.commandId);
+            decodeCommandId(frames[2].data(), frames[2].size(), request.commandId);
         }
         if (request.frameCount >= 2) {
             request.documentText = frames[3];
             request.hasDocument = !request.documentText.empty();
-            request.documentIsJson = IpcWire::parseDocument(request.documentText.data(),
+            request.documentIsJson = parseDocument(request.documentText.data(),
                                                             request.documentText.size(), request.document);
         }
         {
@@ -155,7 +157,7 @@ void FakeDaemon::serve() {
         }
         std::vector<std::string> body =
             action.kind == Action::Kind::Reply
-                ? std::vector<std::string>{IpcWire::renderDocument(action.document)}
+                ? std::vector<std::string>{renderDocument(action.document)}
                 : action.frames;
         m_socket.send(zmq::buffer(identity), zmq::send_flags::sndmore);
         m_socket.send(zmq::message_t(), body.empty() ? zmq::send_flags::none : zmq::send_flags::sndmore);
