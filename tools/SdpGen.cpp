@@ -103,6 +103,10 @@ bool prepareForReceivers(SdpSession& session, bool generateNames, std::vector<st
         error = "the session document has no media";
         return false;
     }
+    if (session.m_user_name.empty()) {
+        session.m_user_name = "-";
+        notices.push_back("no user name, writing o=- (RFC 4566's name for none)");
+    }
     for (size_t i = 0; i < session.m_media.size(); ++i) {
         SdpMedia& media = session.m_media[i];
         if (media.m_type == SdpMedia::VIDEO && media.m_packing_mode.empty()) {
