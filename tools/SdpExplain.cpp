@@ -11,9 +11,13 @@ namespace {
 // Level of the parser's error lines; level 3 holds optional values it did not find.
 constexpr int kErrorLevel = 2;
 
-bool startsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
+bool startsWith(const std::string& text, const char* prefix) {
+    return text.rfind(prefix, 0) == 0;
+}
 
-bool isError(const ParserLogLine& line) { return line.level <= kErrorLevel; }
+bool isError(const ParserLogLine& line) {
+    return line.level <= kErrorLevel;
+}
 
 // Lines the parser writes while it reads one media section's format line, and the ones
 // that end a media section or the parse.
@@ -43,7 +47,8 @@ std::string formatReason(const std::vector<ParserLogLine>& lines, size_t start, 
             return std::string("SDP fmtp line: exactframerate is missing from the format line") +
                    (rateLine ? " (the rate of a=framerate: is not read)" : "");
         }
-        if (isError(lines[i]) && (startsWith(text, "SDP fmtp line:") || startsWith(text, "::Format found but"))) {
+        if (isError(lines[i]) &&
+            (startsWith(text, "SDP fmtp line:") || startsWith(text, "::Format found but"))) {
             return text;
         }
         formatRead = formatRead || text == kFormatRead;
@@ -55,8 +60,9 @@ std::string formatReason(const std::vector<ParserLogLine>& lines, size_t start, 
         }
     }
     if (!formatRead) {
-        return std::string(kNoFormat) + " The format line (a=fmtp: with sampling, width, height, exactframerate, "
-                                        "depth, colorimetry) is missing";
+        return std::string(kNoFormat) +
+               " The format line (a=fmtp: with sampling, width, height, exactframerate, "
+               "depth, colorimetry) is missing";
     }
     return std::string(kNoFormat) + " Read: " + values;
 }
@@ -78,7 +84,8 @@ ParserLog::~ParserLog() {
     Logger::getInstance()->setThreshold(m_previous_threshold);
 }
 
-std::string refusalReason(const std::vector<ParserLogLine>& lines, const std::vector<std::string>& userMessages) {
+std::string refusalReason(const std::vector<ParserLogLine>& lines,
+                          const std::vector<std::string>& userMessages) {
     if (!userMessages.empty()) {
         return userMessages.front();
     }
@@ -119,8 +126,9 @@ std::string refusalReason(const std::vector<ParserLogLine>& lines, const std::ve
             }
         }
     } else if (reason == kException) {
-        reason += ": a value that must be a number (packet time, width, height, depth, frame rate, interlace) "
-                  "is not one";
+        reason +=
+            ": a value that must be a number (packet time, width, height, depth, frame rate, interlace) "
+            "is not one";
     }
     return startsWith(reason, "::") ? reason.substr(2) : reason;
 }

@@ -34,6 +34,7 @@ private:
 // one, the first error line of the step that refused (a media section, the grouping
 // lines) without its "::" decoration, worded as missing where a value is absent. Empty
 // when the log holds no error line.
-std::string refusalReason(const std::vector<ParserLogLine>& lines, const std::vector<std::string>& userMessages);
+std::string refusalReason(const std::vector<ParserLogLine>& lines,
+                          const std::vector<std::string>& userMessages);
 
 }  // namespace pimav::detail

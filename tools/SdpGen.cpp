@@ -111,13 +111,13 @@ bool prepareForReceivers(SdpSession& session, bool generateNames, std::vector<st
         SdpMedia& media = session.m_media[i];
         if (media.m_type == SdpMedia::VIDEO && media.m_packing_mode.empty()) {
             media.m_packing_mode = kDefaultPackingMode;
-            notices.push_back("media " + std::to_string(i + 1) + ": no packing mode, writing ST 2110-20's default PM=" +
-                              kDefaultPackingMode);
+            notices.push_back("media " + std::to_string(i + 1) +
+                              ": no packing mode, writing ST 2110-20's default PM=" + kDefaultPackingMode);
         }
         if (media.m_type == SdpMedia::VIDEO && media.m_sender_type.empty()) {
             media.m_sender_type = kDefaultSenderType;
-            notices.push_back("media " + std::to_string(i + 1) + ": no sender type, writing ST 2110-21's default TP=" +
-                              kDefaultSenderType);
+            notices.push_back("media " + std::to_string(i + 1) +
+                              ": no sender type, writing ST 2110-21's default TP=" + kDefaultSenderType);
         }
         std::transform(media.m_ptp_gm_id.begin(), media.m_ptp_gm_id.end(), media.m_ptp_gm_id.begin(),
                        [](char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); });

@@ -21,10 +21,11 @@ void readMediaExtras(const Json::Value& doc, SdpSession& session);
 void writeMediaExtras(const SdpSession& session, Json::Value& doc);
 
 // Completes a session for receivers: "-" for an empty user name, ST 2110-20's default
-// packing mode and sender type for video (each default named in `notices`), group tags for two or more media (given
-// by the document, or generated with `nameGroups`), grandmaster ids in upper case.
-// False with `error` set when the session cannot be written.
-bool prepareForReceivers(SdpSession& session, bool nameGroups, std::vector<std::string>& notices, std::string& error);
+// packing mode and sender type for video (each default named in `notices`), group tags for two or more media
+// (given by the document, or generated with `nameGroups`), grandmaster ids in upper case. False with `error`
+// set when the session cannot be written.
+bool prepareForReceivers(SdpSession& session, bool nameGroups, std::vector<std::string>& notices,
+                         std::string& error);
 
 // The generated text as receivers read it: format lines without a trailing ';', no
 // /TTL on a unicast connection address, CRLF line ends with `crlf` (or when the text

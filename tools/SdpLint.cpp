@@ -21,18 +21,21 @@ constexpr std::string_view kSessionOrder = "vosiuepcbtrzka";
 constexpr std::string_view kMediaOrder = "micbka";
 
 // Encoding names as registered; other spellings differ only in case.
-constexpr std::string_view kEncodings[] = {"L16",  "L24",  "L32", "AM824", "raw",  "smpte291", "SMPTE2022-6",
-                                           "MP2T", "H264", "H265", "VP8",  "VP9", "opus",     "PCMU",
-                                           "PCMA", "G722", "telephone-event"};
+constexpr std::string_view kEncodings[] = {
+    "L16",  "L24", "L32", "AM824", "raw",  "smpte291", "SMPTE2022-6", "MP2T",           "H264",
+    "H265", "VP8", "VP9", "opus",  "PCMU", "PCMA",     "G722",        "telephone-event"};
 
-std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+std::string quoted(std::string_view text) {
+    return "'" + std::string(text) + "'";
+}
 
 void checkLineSyntaxAndEnds(const LintText& text, LintReport& report) {
     const LintLine* firstLf = nullptr;
     const LintLine* firstCrLf = nullptr;
     for (const LintLine& line : text.lines()) {
         if (line.type == '\0') {
-            report.add(LintRule::LineSyntax, &line, line.text.empty() ? "blank line" : quoted(line.text.substr(0, 20)));
+            report.add(LintRule::LineSyntax, &line,
+                       line.text.empty() ? "blank line" : quoted(line.text.substr(0, 20)));
         } else if (kSessionOrder.find(line.type) == std::string_view::npos && line.type != 'm') {
             report.add(LintRule::LineTypeUnknown, &line, std::string(1, line.type) + "=");
         }
@@ -69,8 +72,8 @@ void checkOrder(const LintText& text, const LintBlock& block, std::string_view o
         if (rank == std::string_view::npos || (rank < highest && !repeatedTime)) {
             const std::string after = std::string(1, order[std::min(highest, order.size() - 1)]) + "=";
             report.add(LintRule::LineOrder, &line,
-                       std::string(1, line.type) + (rank == std::string_view::npos ? "= inside a media"
-                                                                                   : "= after " + after));
+                       std::string(1, line.type) +
+                           (rank == std::string_view::npos ? "= inside a media" : "= after " + after));
             return;
         }
         highest = std::max(highest, rank);
@@ -160,8 +163,8 @@ void checkConnection(const LintText& text, const LintBlock& media, LintReport& r
     }
     const std::string_view value = filter->attributeValue();
     const std::vector<std::string_view> fields = splitFields(value);
-    if (value.empty() || value[0] != ' ' || fields.size() < 5 || (fields[0] != "incl" && fields[0] != "excl") ||
-        fields[1] != "IN") {
+    if (value.empty() || value[0] != ' ' || fields.size() < 5 ||
+        (fields[0] != "incl" && fields[0] != "excl") || fields[1] != "IN") {
         report.add(LintRule::SourceFilterSyntax, filter);
     }
     if (fields.size() >= 4 && fields[3] != "*" && fields[3] != address.address) {
@@ -205,7 +208,8 @@ void checkFormats(const LintText& text, const LintBlock& media, LintReport& repo
         const std::string_view encoding = rest.substr(0, rest.find('/'));
         for (const std::string_view known : kEncodings) {
             if (encoding != known && equalsIgnoreCase(encoding, known)) {
-                report.add(LintRule::EncodingCase, line, std::string(encoding) + " (registered " + std::string(known) + ")");
+                report.add(LintRule::EncodingCase, line,
+                           std::string(encoding) + " (registered " + std::string(known) + ")");
             }
         }
     }
@@ -244,9 +248,8 @@ void checkClocks(const LintText& text, LintReport& report) {
         if (!startsWith(value, "direct=")) {
             continue;
         }
-        const std::string_view offset = value.substr(7, value.find(' ') == std::string_view::npos
-                                                            ? std::string_view::npos
-                                                            : value.find(' ') - 7);
+        const std::string_view offset = value.substr(
+            7, value.find(' ') == std::string_view::npos ? std::string_view::npos : value.find(' ') - 7);
         const std::optional<uint64_t> number = unsignedNumber(offset);
         if (number != uint64_t{0}) {
             report.add(LintRule::MediaclkOffset, line, std::string(offset));
@@ -276,7 +279,8 @@ void checkGroups(const LintText& text, LintReport& report) {
     for (const LintLine* group : text.attributes(text.session(), "group")) {
         const std::string_view value = group->attributeValue();
         const size_t space = value.find(' ');
-        const std::string_view tags = space == std::string_view::npos ? std::string_view() : value.substr(space + 1);
+        const std::string_view tags =
+            space == std::string_view::npos ? std::string_view() : value.substr(space + 1);
         if (tags.empty() || tags.back() == ' ' || tags.find("  ") != std::string_view::npos) {
             report.add(LintRule::GroupTagUnmatched, group, "empty tag");
         }
@@ -318,8 +322,10 @@ std::vector<LintFinding> LintReport::select(unsigned profiles) const {
         }
     }
     const auto key = [](const LintFinding& f) { return std::tie(f.line, f.rule, f.detail); };
-    std::sort(out.begin(), out.end(), [&](const LintFinding& a, const LintFinding& b) { return key(a) < key(b); });
-    out.erase(std::unique(out.begin(), out.end(), [&](const LintFinding& a, const LintFinding& b) { return key(a) == key(b); }),
+    std::sort(out.begin(), out.end(),
+              [&](const LintFinding& a, const LintFinding& b) { return key(a) < key(b); });
+    out.erase(std::unique(out.begin(), out.end(),
+                          [&](const LintFinding& a, const LintFinding& b) { return key(a) == key(b); }),
               out.end());
     return out;
 }
@@ -378,9 +384,9 @@ int runLint(const LintOptions& options, std::ostream& out, std::ostream& err) {
         }
         for (const LintFinding& finding : lintSdp(std::move(text), profiles)) {
             const LintRuleInfo& rule = lintRuleInfo(finding.rule);
-            const std::string message =
-                std::string(rule.message) + (finding.detail.empty() ? "" : ": " + finding.detail) + " (" +
-                rule.clause + ")";
+            const std::string message = std::string(rule.message) +
+                                        (finding.detail.empty() ? "" : ": " + finding.detail) + " (" +
+                                        rule.clause + ")";
             if (rule.severity == LintSeverity::Error && status == 0) {
                 status = 1;
             }
@@ -394,8 +400,8 @@ int runLint(const LintOptions& options, std::ostream& out, std::ostream& err) {
                 item["message"] = message;
                 all.append(item);
             } else {
-                out << path << ":" << finding.line << ": " << lintSeverityName(rule.severity) << ": " << rule.id
-                    << ": " << message << "\n";
+                out << path << ":" << finding.line << ": " << lintSeverityName(rule.severity) << ": "
+                    << rule.id << ": " << message << "\n";
             }
         }
     }

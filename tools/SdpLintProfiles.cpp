@@ -44,7 +44,9 @@ MediaFacts factsOf(const LintText& text, const LintBlock& block) {
     return facts;
 }
 
-bool near(double value, double wanted) { return std::fabs(value - wanted) < 0.0015; }
+bool near(double value, double wanted) {
+    return std::fabs(value - wanted) < 0.0015;
+}
 
 bool oneOf(std::optional<double> value, std::initializer_list<double> allowed) {
     return value && std::any_of(allowed.begin(), allowed.end(), [&](double v) { return near(*value, v); });
@@ -59,7 +61,8 @@ bool isL16OrL24(const MediaFacts& media) {
 }
 
 std::string ptimeText(const MediaFacts& media) {
-    return media.ptimeLine == nullptr ? "no a=ptime" : std::string(trimSpaces(media.ptimeLine->attributeValue())) + " ms";
+    return media.ptimeLine == nullptr ? "no a=ptime"
+                                      : std::string(trimSpaces(media.ptimeLine->attributeValue())) + " ms";
 }
 
 const LintLine* rtpmapOrMedia(const MediaFacts& media) {
@@ -113,14 +116,15 @@ void checkSt2110Clock(const LintText& text, const MediaFacts& media, LintReport&
 
 // Channels of the ST 2110-30 channel grouping symbols; 0 for an unknown symbol.
 unsigned channelsOfGroup(std::string_view symbol) {
-    static const std::map<std::string_view, unsigned> kGroups = {{"M", 1},  {"DM", 2},  {"ST", 2},   {"LtRt", 2},
-                                                                 {"51", 6}, {"71", 8},  {"222", 24}, {"SGRP", 4}};
+    static const std::map<std::string_view, unsigned> kGroups = {
+        {"M", 1}, {"DM", 2}, {"ST", 2}, {"LtRt", 2}, {"51", 6}, {"71", 8}, {"222", 24}, {"SGRP", 4}};
     const auto found = kGroups.find(symbol);
     if (found != kGroups.end()) {
         return found->second;
     }
-    return symbol.size() == 3 && symbol[0] == 'U' ? static_cast<unsigned>(unsignedNumber(symbol.substr(1)).value_or(0))
-                                                  : 0;
+    return symbol.size() == 3 && symbol[0] == 'U'
+               ? static_cast<unsigned>(unsignedNumber(symbol.substr(1)).value_or(0))
+               : 0;
 }
 
 void checkSt2110_30(const LintText& text, const MediaFacts& media, LintReport& report) {
@@ -143,7 +147,8 @@ void checkSt2110_30(const LintText& text, const MediaFacts& media, LintReport& r
     if (!order || !startsWith(*order, "SMPTE2110.(")) {
         return;
     }
-    const std::string_view groups = order->substr(11, order->find(')') - std::min(order->find(')'), size_t{11}));
+    const std::string_view groups =
+        order->substr(11, order->find(')') - std::min(order->find(')'), size_t{11}));
     unsigned total = 0;
     for (const std::string_view symbol : splitFields(groups, ',')) {
         const unsigned channels = channelsOfGroup(trimSpaces(symbol));
@@ -176,8 +181,9 @@ void checkSt2110_20(const LintText& text, const MediaFacts& media, LintReport& r
     }
     const LintLine* fmtp = fmtpOf(text, *media.block, media.format);
     if (fmtp == nullptr) {
-        report.add(LintRule::St2110_20FmtpMissing, media.mline,
-                   text.attribute(*media.block, "framerate") != nullptr ? "a=framerate: is no format line" : "");
+        report.add(
+            LintRule::St2110_20FmtpMissing, media.mline,
+            text.attribute(*media.block, "framerate") != nullptr ? "a=framerate: is no format line" : "");
         return;
     }
     const std::string_view parameters = fmtpParameters(*fmtp);
@@ -188,27 +194,38 @@ void checkSt2110_20(const LintText& text, const MediaFacts& media, LintReport& r
     } kRequired[] = {
         {"sampling",
          [](std::string_view v) {
-             return oneOf(v, {"YCbCr-4:4:4", "YCbCr-4:2:2", "YCbCr-4:2:0", "CLYCbCr-4:4:4", "CLYCbCr-4:2:2",
-                              "CLYCbCr-4:2:0", "ICtCp-4:4:4", "ICtCp-4:2:2", "ICtCp-4:2:0", "RGB", "XYZ", "KEY"});
+             return oneOf(
+                 v, {"YCbCr-4:4:4", "YCbCr-4:2:2", "YCbCr-4:2:0", "CLYCbCr-4:4:4", "CLYCbCr-4:2:2",
+                     "CLYCbCr-4:2:0", "ICtCp-4:4:4", "ICtCp-4:2:2", "ICtCp-4:2:0", "RGB", "XYZ", "KEY"});
          }},
-        {"depth", [](std::string_view v) { return oneOf(v, {"8", "10", "12", "16", "16f"}); }},
+        {"depth",
+         [](std::string_view v) {
+             return oneOf(v, {"8", "10", "12", "16", "16f"});
+         }},
         {"width", isDimension},
         {"height", isDimension},
         {"exactframerate", isFrameRate},
         {"colorimetry",
          [](std::string_view v) {
-             return oneOf(v, {"BT601", "BT709", "BT2020", "BT2100", "ST2065-1", "ST2065-3", "UNSPECIFIED", "XYZ",
-                              "ALPHA"});
+             return oneOf(v, {"BT601", "BT709", "BT2020", "BT2100", "ST2065-1", "ST2065-3", "UNSPECIFIED",
+                              "XYZ", "ALPHA"});
          }},
-        {"PM", [](std::string_view v) { return oneOf(v, {"2110GPM", "2110BPM"}); }},
-        {"SSN", [](std::string_view v) { return oneOf(v, {"ST2110-20:2017", "ST2110-20:2022"}); }},
+        {"PM",
+         [](std::string_view v) {
+             return oneOf(v, {"2110GPM", "2110BPM"});
+         }},
+        {"SSN",
+         [](std::string_view v) {
+             return oneOf(v, {"ST2110-20:2017", "ST2110-20:2022"});
+         }},
     };
     for (const auto& required : kRequired) {
         const std::optional<std::string_view> value = fmtpParameter(parameters, required.key);
         if (!value) {
             report.add(LintRule::St2110_20ParameterMissing, fmtp, std::string(required.key));
         } else if (!required.valid(*value)) {
-            report.add(LintRule::St2110_20ParameterValue, fmtp, std::string(required.key) + "=" + std::string(*value));
+            report.add(LintRule::St2110_20ParameterValue, fmtp,
+                       std::string(required.key) + "=" + std::string(*value));
         }
     }
     const std::optional<std::string_view> tp = fmtpParameter(parameters, "TP");
@@ -232,7 +249,8 @@ void checkDante(const LintText& text, const MediaFacts& media, LintReport& repor
                    std::string(media.address.address.address));
     }
     const LintLine* keywords = text.attribute(text.session(), "keywds");
-    const bool fromDante = keywords != nullptr && keywords->attributeValue().find("Dante") != std::string_view::npos;
+    const bool fromDante =
+        keywords != nullptr && keywords->attributeValue().find("Dante") != std::string_view::npos;
     const LintLine* at = media.ptimeLine != nullptr ? media.ptimeLine : media.mline;
     if (fromDante && !oneOf(media.ptime, {1})) {
         report.add(LintRule::DanteSendPtime, at, ptimeText(media));
@@ -268,14 +286,17 @@ void checkDuplicates(const LintText& text, const std::vector<MediaFacts>& media,
     }
     if (tags.size() != 2 || legs.size() != 2) {
         report.add(LintRule::St2022_7Legs, group,
-                   std::to_string(tags.size()) + " tags, " + std::to_string(legs.size()) + " legs with their a=mid:");
+                   std::to_string(tags.size()) + " tags, " + std::to_string(legs.size()) +
+                       " legs with their a=mid:");
         return;
     }
     const MediaFacts& first = *legs[0];
     const MediaFacts& second = *legs[1];
     const LintLine* secondFilter = text.inherited(*second.block, "source-filter");
-    if (first.address.valid && second.address.valid && first.address.address.address == second.address.address.address) {
-        report.add(LintRule::St2022_7SameAddress, second.connection != nullptr ? second.connection : secondFilter,
+    if (first.address.valid && second.address.valid &&
+        first.address.address.address == second.address.address.address) {
+        report.add(LintRule::St2022_7SameAddress,
+                   second.connection != nullptr ? second.connection : secondFilter,
                    std::string(first.address.address.address));
     }
     std::string differences;
@@ -284,7 +305,8 @@ void checkDuplicates(const LintText& text, const std::vector<MediaFacts>& media,
             differences += differences.empty() ? what : std::string(", ") + what;
         }
     };
-    differ(!equalsIgnoreCase(first.rtpmap.encoding, second.rtpmap.encoding) || first.rtpmap.rate != second.rtpmap.rate,
+    differ(!equalsIgnoreCase(first.rtpmap.encoding, second.rtpmap.encoding) ||
+               first.rtpmap.rate != second.rtpmap.rate,
            "rtpmap");
     differ(first.ptime.value_or(-1) != second.ptime.value_or(-1), "ptime");
     differ(first.rtpmap.channels != second.rtpmap.channels, "channels");

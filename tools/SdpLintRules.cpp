@@ -11,9 +11,13 @@ const LintRuleInfo kRules[] = {PIMAV_LINT_RULES(PIMAV_LINT_ROW)};
 
 }  // namespace
 
-const LintRuleInfo& lintRuleInfo(LintRule rule) { return kRules[static_cast<size_t>(rule)]; }
+const LintRuleInfo& lintRuleInfo(LintRule rule) {
+    return kRules[static_cast<size_t>(rule)];
+}
 
-size_t lintRuleCount() { return sizeof(kRules) / sizeof(kRules[0]); }
+size_t lintRuleCount() {
+    return sizeof(kRules) / sizeof(kRules[0]);
+}
 
 const char* lintSeverityName(LintSeverity severity) {
     switch (severity) {
@@ -58,7 +62,8 @@ std::string lintRulesMarkdown() {
     std::string out = "| rule | severity | profiles | clause | message |\n|---|---|---|---|---|\n";
     for (const LintRuleInfo& rule : kRules) {
         out += std::string("| `") + rule.id + "` | " + lintSeverityName(rule.severity) + " | " +
-               lintProfileNames(rule.profiles) + " | " + rule.clause + " | " + markdownCell(rule.message) + " |\n";
+               lintProfileNames(rule.profiles) + " | " + rule.clause + " | " + markdownCell(rule.message) +
+               " |\n";
     }
     return out;
 }

@@ -32,7 +32,8 @@ LintText::LintText(std::string text) : m_text(std::move(text)) {
             line.end = LineEnd::CrLf;
             line.text.remove_suffix(1);
         }
-        if (line.text.size() >= 2 && line.text[1] == '=' && std::islower(static_cast<unsigned char>(line.text[0]))) {
+        if (line.text.size() >= 2 && line.text[1] == '=' &&
+            std::islower(static_cast<unsigned char>(line.text[0]))) {
             line.type = line.text[0];
             line.value = line.text.substr(2);
         } else {
@@ -121,14 +122,17 @@ std::string_view trimSpaces(std::string_view text) {
     return text;
 }
 
-bool startsWith(std::string_view text, std::string_view prefix) { return text.substr(0, prefix.size()) == prefix; }
+bool startsWith(std::string_view text, std::string_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
 
 bool equalsIgnoreCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) {
         return false;
     }
     for (size_t i = 0; i < a.size(); ++i) {
-        if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i]))) {
+        if (std::tolower(static_cast<unsigned char>(a[i])) !=
+            std::tolower(static_cast<unsigned char>(b[i]))) {
             return false;
         }
     }
@@ -214,8 +218,8 @@ LintConnection readConnection(std::string_view value) {
     const size_t slash = target.find('/');
     out.address = classifyAddress(target.substr(0, slash));
     out.hasTtl = slash != std::string_view::npos;
-    out.valid = !out.address.address.empty() && (fields[1] == "IP6" || out.address.ipv4 ||
-                                                  target.find_first_of("0123456789") != 0);
+    out.valid = !out.address.address.empty() &&
+                (fields[1] == "IP6" || out.address.ipv4 || target.find_first_of("0123456789") != 0);
     return out;
 }
 
@@ -258,7 +262,8 @@ std::optional<std::string_view> fmtpParameter(std::string_view parameters, std::
         const std::string_view entry = trimSpaces(item);
         const size_t equals = entry.find('=');
         if (trimSpaces(entry.substr(0, equals)) == key) {
-            return equals == std::string_view::npos ? std::string_view() : trimSpaces(entry.substr(equals + 1));
+            return equals == std::string_view::npos ? std::string_view()
+                                                    : trimSpaces(entry.substr(equals + 1));
         }
     }
     return std::nullopt;

@@ -117,15 +117,18 @@ int main(int argc, char** argv) {
     GenOptions genOptions;
     auto* gen = app.add_subcommand("gen", "write SDP text from a session document");
     gen->add_option("file", genOptions.file, "JSON session document")->required();
-    gen->add_flag("--dante", genOptions.dante, "write the Dante-compatible form (first media, CRLF line ends)");
+    gen->add_flag("--dante", genOptions.dante,
+                  "write the Dante-compatible form (first media, CRLF line ends)");
     gen->add_flag("--crlf", genOptions.crlf, "end lines with CRLF as RFC 4566 does");
-    gen->add_flag("--name-groups", genOptions.nameGroups, "name the group tags of media that have none (S1, S2, ...)");
+    gen->add_flag("--name-groups", genOptions.nameGroups,
+                  "name the group tags of media that have none (S1, S2, ...)");
     gen->add_option("-o,--output", genOptions.output, "output file (default: standard output)");
     LintOptions lintOptions;
     bool lintRules = false;
     auto* lint = app.add_subcommand("lint", "report what receivers and standards object to in SDP files");
     lint->add_option("files", lintOptions.files, "SDP files");
-    lint->add_option("--profile", lintOptions.profiles, "aes67, st2110-20, st2110-30, st2022-7 or dante (repeatable)");
+    lint->add_option("--profile", lintOptions.profiles,
+                     "aes67, st2110-20, st2110-30, st2022-7 or dante (repeatable)");
     lint->add_flag("--json", lintOptions.json, "print the findings as a JSON array");
     lint->add_flag("--rules", lintRules, "print the rule table (Markdown) and exit");
 

@@ -55,13 +55,14 @@ TEST(SdpInterop, FfprobeReadsWhatGenWrites) {
     for (const GenExpectation& e : documents) {
         SCOPED_TRACE(e.document);
         const std::string sdp = dir + "/" + e.document + ".sdp";
-        const auto gen = run({binaryPath("tools/sdptool"), "gen", kTestData + "sdp-gen/" + e.document, "--crlf",
-                              "--name-groups", "-o", sdp});
+        const auto gen = run({binaryPath("tools/sdptool"), "gen", kTestData + "sdp-gen/" + e.document,
+                              "--crlf", "--name-groups", "-o", sdp});
         ASSERT_EQ(gen.status, 0) << gen.err;
-        const auto probe = run({ffprobe, "-v", "error", "-sdp_flags", "custom_io", "-show_entries",
-                                "stream=codec_type,codec_name,sample_rate,channels,width,height,avg_frame_rate", "-of",
-                                "json", sdp},
-                               10000);
+        const auto probe =
+            run({ffprobe, "-v", "error", "-sdp_flags", "custom_io", "-show_entries",
+                 "stream=codec_type,codec_name,sample_rate,channels,width,height,avg_frame_rate", "-of",
+                 "json", sdp},
+                10000);
         ASSERT_EQ(probe.status, 0) << probe.err;
         EXPECT_EQ(streamsOf(parse(probe.out)), e.streams) << probe.out;
     }

@@ -12,7 +12,9 @@ using namespace pimav::detail;
 
 namespace {
 
-std::string sdptool() { return binaryPath("tools/sdptool"); }
+std::string sdptool() {
+    return binaryPath("tools/sdptool");
+}
 
 std::string writeFile(const std::string& dir, const std::string& name, const std::string& text) {
     const std::string path = dir + "/" + name;
@@ -49,7 +51,8 @@ TEST(SdptoolExplain, EveryRefusalPrintsOneLineWithItsReason) {
     const std::string gstreamer = kTestData + "sdp-explain/gstreamer-framerate-attribute.sdp";
     const auto verbose = run({sdptool(), "-v", "check", gstreamer});
     EXPECT_EQ(verbose.status, 1);
-    EXPECT_NE(verbose.out.find(": refused (-1): SDP fmtp line: exactframerate is missing"), std::string::npos);
+    EXPECT_NE(verbose.out.find(": refused (-1): SDP fmtp line: exactframerate is missing"),
+              std::string::npos);
     EXPECT_NE(verbose.err.find("[7] ::Frame rate found::0"), std::string::npos) << verbose.err;
     EXPECT_NE(verbose.err.find("[2] ::Format found but framerate is not supported"), std::string::npos);
 }
@@ -58,8 +61,8 @@ TEST(SdptoolLint, ReportsFindingsAndExitStatus) {
     const std::string dir = makeTempDir("lint");
     const std::string noMediaclk = writeFile(dir, "no-mediaclk.sdp", kNoMediaclk);
     // The same text complete, with LF line ends.
-    const std::string lf = writeFile(dir, "lf.sdp", std::regex_replace(kNoMediaclk, std::regex("\r\n"), "\n") +
-                                                         "a=mediaclk:direct=0\n");
+    const std::string lf = writeFile(
+        dir, "lf.sdp", std::regex_replace(kNoMediaclk, std::regex("\r\n"), "\n") + "a=mediaclk:direct=0\n");
     const struct {
         std::vector<std::string> args;
         int status;

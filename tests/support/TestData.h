@@ -31,7 +31,8 @@ inline std::vector<std::string> filesIn(const std::string& dir, const std::strin
     if (DIR* d = opendir(dir.c_str())) {
         while (const dirent* entry = readdir(d)) {
             const std::string name = entry->d_name;
-            if (name.size() > suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0) {
+            if (name.size() > suffix.size() &&
+                name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0) {
                 files.push_back(name);
             }
         }
@@ -41,7 +42,9 @@ inline std::vector<std::string> filesIn(const std::string& dir, const std::strin
     return files;
 }
 
-inline std::vector<std::string> corpusFiles() { return filesIn(kCorpusDir, ".sdp"); }
+inline std::vector<std::string> corpusFiles() {
+    return filesIn(kCorpusDir, ".sdp");
+}
 
 // White-space separated words.
 inline std::vector<std::string> words(const std::string& text) {

@@ -56,16 +56,37 @@ TEST(SdpGen, CompletesTheSessionOrRefusesIt) {
         {"no media", "{}", false, 2, {"the session document has no media"}, 0},
         {"no user name", R"({"media": [)" + media(kAudio, "") + "]}", false, 0, {"o=- 0 0 IN IP4"}, 1},
         {"unnamed legs", session({media(kAudio, ""), media(kAudio, "")}), false, 2, {"--name-groups"}, 0},
-        {"generated names", session({media(kAudio, ""), media(kAudio, "")}), true, 0,
-         {"a=group:DUP S1 S2\n", "a=mid:S1\n", "a=mid:S2\n"}, 0},
-        {"a generated name skips a given one", session({media(kAudio, ""), media(kAudio, "S1")}), true, 0,
-         {"a=group:DUP S2 S1\n"}, 0},
-        {"one name twice", session({media(kAudio, "a"), media(kAudio, "a")}), true, 2, {"'a' is used twice"}, 0},
-        {"a name that is no token", session({media(kAudio, "a b"), media(kAudio, "c")}), true, 2,
-         {"'a b' is not a token"}, 0},
+        {"generated names",
+         session({media(kAudio, ""), media(kAudio, "")}),
+         true,
+         0,
+         {"a=group:DUP S1 S2\n", "a=mid:S1\n", "a=mid:S2\n"},
+         0},
+        {"a generated name skips a given one",
+         session({media(kAudio, ""), media(kAudio, "S1")}),
+         true,
+         0,
+         {"a=group:DUP S2 S1\n"},
+         0},
+        {"one name twice",
+         session({media(kAudio, "a"), media(kAudio, "a")}),
+         true,
+         2,
+         {"'a' is used twice"},
+         0},
+        {"a name that is no token",
+         session({media(kAudio, "a b"), media(kAudio, "c")}),
+         true,
+         2,
+         {"'a b' is not a token"},
+         0},
         {"video defaults", session({media(kVideo, "")}), false, 0, {"PM=2110GPM; TP=2110TPN; SSN="}, 2},
-        {"video keys", session({media(kVideo, R"("packing-mode": "2110BPM", "sender-type": "2110TPW",)")}), false,
-         0, {"PM=2110BPM; TP=2110TPW; SSN=ST2110-20:2017\n"}, 0},
+        {"video keys",
+         session({media(kVideo, R"("packing-mode": "2110BPM", "sender-type": "2110TPW",)")}),
+         false,
+         0,
+         {"PM=2110BPM; TP=2110TPW; SSN=ST2110-20:2017\n"},
+         0},
     };
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.name);
@@ -88,7 +109,8 @@ TEST(SdpGen, TidiesTheTextForReceivers) {
     } kCases[] = {
         {"a=fmtp:96 sampling=RGB; depth=8; \n", false, "a=fmtp:96 sampling=RGB; depth=8\n"},
         {"a=fmtp:96 channel-order=SMPTE2110.(ST)\n", false, "a=fmtp:96 channel-order=SMPTE2110.(ST)\n"},
-        {"c=IN IP4 192.0.2.1/32\nc=IN IP4 239.1.1.1/32\n", false, "c=IN IP4 192.0.2.1\nc=IN IP4 239.1.1.1/32\n"},
+        {"c=IN IP4 192.0.2.1/32\nc=IN IP4 239.1.1.1/32\n", false,
+         "c=IN IP4 192.0.2.1\nc=IN IP4 239.1.1.1/32\n"},
         {"v=0\nt=0 0\n", true, "v=0\r\nt=0 0\r\n"},
         {"v=0\r\nt=0 0\r\n", false, "v=0\r\nt=0 0\r\n"},
     };
@@ -131,7 +153,8 @@ TEST(SdpGen, WrittenTextPassesLintAndTheParser) {
         const GenResult crlf = generateForReceivers(doc, options);
         ASSERT_EQ(crlf.status, 0) << crlf.error;
         for (const LintFinding& finding : lintSdp(crlf.sdp, profiles)) {
-            ADD_FAILURE() << finding.line << ": " << lintRuleInfo(finding.rule).id << ": " << finding.detail << "\n"
+            ADD_FAILURE() << finding.line << ": " << lintRuleInfo(finding.rule).id << ": " << finding.detail
+                          << "\n"
                           << crlf.sdp;
         }
         SdpConverter converter;

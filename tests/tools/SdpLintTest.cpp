@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <set>
 #include <map>
+#include <set>
 #include <sstream>
 
 #include "SdpLint.h"
@@ -113,8 +113,9 @@ TEST_P(LintProfile, EveryCaseHasItsFindings) {
     ASSERT_FALSE(cases.empty());
     for (const LintCase& c : cases) {
         SCOPED_TRACE(c.title);
-        EXPECT_EQ(findings(textOf(c), profile == "general" ? std::vector<std::string>{} : std::vector{profile}),
-                  sorted(c.expected));
+        EXPECT_EQ(
+            findings(textOf(c), profile == "general" ? std::vector<std::string>{} : std::vector{profile}),
+            sorted(c.expected));
     }
 }
 
