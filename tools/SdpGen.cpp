@@ -11,6 +11,7 @@
 #include <sstream>
 
 #include "SdpLintText.h"
+#include "ToolFile.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
 namespace pimav::detail {
@@ -56,17 +57,6 @@ bool nameGroups(SdpSession& session, bool generate, std::string& error) {
         used.insert(name);
         session.m_media[i].m_group = name;
     }
-    return true;
-}
-
-bool readFile(const std::string& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
     return true;
 }
 
@@ -118,6 +108,9 @@ bool prepareForReceivers(SdpSession& session, bool generateNames, std::vector<st
             media.m_sender_type = kDefaultSenderType;
             notices.push_back("media " + std::to_string(i + 1) +
                               ": no sender type, writing ST 2110-21's default TP=" + kDefaultSenderType);
+        }
+        if (media.m_ptp_gm_id == "traceable") {
+            continue;  // RFC 7273's keyword, not an EUI-64
         }
         std::transform(media.m_ptp_gm_id.begin(), media.m_ptp_gm_id.end(), media.m_ptp_gm_id.begin(),
                        [](char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); });
@@ -181,7 +174,7 @@ GenResult generateForReceivers(const Json::Value& doc, const GenOptions& options
 
 int runGen(const GenOptions& options, std::ostream& out, std::ostream& err) {
     std::string text;
-    if (!readFile(options.file, text)) {
+    if (!readWholeFile(options.file, text)) {
         err << options.file << ": cannot read" << std::endl;
         return 2;
     }

@@ -21,9 +21,10 @@ void readMediaExtras(const Json::Value& doc, SdpSession& session);
 void writeMediaExtras(const SdpSession& session, Json::Value& doc);
 
 // Completes a session for receivers: "-" for an empty user name, ST 2110-20's default
-// packing mode and sender type for video (each default named in `notices`), group tags for two or more media
-// (given by the document, or generated with `nameGroups`), grandmaster ids in upper case. False with `error`
-// set when the session cannot be written.
+// packing mode and sender type for video (each default named in `notices`), group tags
+// for two or more media (given by the document, or generated with `nameGroups`),
+// grandmaster ids (EUI-64) in upper case. False with `error` set when the session cannot
+// be written.
 bool prepareForReceivers(SdpSession& session, bool nameGroups, std::vector<std::string>& notices,
                          std::string& error);
 

@@ -7,11 +7,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <iostream>
 #include <set>
 #include <sstream>
 #include <tuple>
+
+#include "ToolFile.h"
 
 namespace pimav::detail {
 
@@ -295,14 +296,6 @@ void checkGroups(const LintText& text, LintReport& report) {
     }
 }
 
-std::string readAll(const std::string& path, bool& ok) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    ok = static_cast<bool>(in);
-    return text.str();
-}
-
 }  // namespace
 
 void LintReport::add(LintRule rule, const LintLine* line, std::string detail) {
@@ -375,9 +368,8 @@ int runLint(const LintOptions& options, std::ostream& out, std::ostream& err) {
     int status = 0;
     Json::Value all(Json::arrayValue);
     for (const std::string& path : options.files) {
-        bool ok = false;
-        std::string text = readAll(path, ok);
-        if (!ok) {
+        std::string text;
+        if (!readWholeFile(path, text)) {
             err << path << ": cannot read\n";
             status = 2;
             continue;

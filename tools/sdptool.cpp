@@ -23,22 +23,12 @@
 #include "SdpExplain.h"
 #include "SdpGen.h"
 #include "SdpLint.h"
+#include "ToolFile.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
 using namespace pimav::detail;
 
 namespace {
-
-bool readFile(const std::string& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    return true;
-}
 
 std::string render(const Json::Value& value) {
     Json::StreamWriterBuilder builder;
@@ -73,7 +63,7 @@ bool moduleFromText(const std::string& text, BitstreamType::module_t& module) {
 // the parser's result.
 int parseFile(const std::string& path, SdpConverter& converter, bool quietOk, bool verbose) {
     std::string text;
-    if (!readFile(path, text)) {
+    if (!readWholeFile(path, text)) {
         std::cerr << path << ": cannot read" << std::endl;
         return -2;
     }
