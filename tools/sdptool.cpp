@@ -118,7 +118,8 @@ int main(int argc, char** argv) {
     auto* lint = app.add_subcommand("lint", "report what receivers and standards object to in SDP files");
     lint->add_option("files", lintOptions.files, "SDP files");
     lint->add_option("--profile", lintOptions.profiles,
-                     "aes67, st2110-20, st2110-30, st2022-7 or dante (repeatable)");
+                     "aes67, st2110-20, st2110-30, st2022-7 or dante (repeatable)")
+        ->allow_extra_args(false);
     lint->add_flag("--json", lintOptions.json, "print the findings as a JSON array");
     lint->add_flag("--rules", lintRules, "print the rule table (Markdown) and exit");
 

@@ -68,7 +68,7 @@ TEST(SdptoolLint, ReportsFindingsAndExitStatus) {
         int status;
         std::string out;  // a line of the output ("" when there is none)
     } kCases[] = {
-        {{noMediaclk, "--profile", "st2110-30"},
+        {{"--profile", "st2110-30", noMediaclk},
          1,
          noMediaclk + ":5: error: st2110-mediaclk-missing: no a=mediaclk at media or session level (SMPTE ST "
                       "2110-10 §8)\n"},
