@@ -3,10 +3,12 @@
 //
 //   sdptool [--board MODEL] [--module MODULE] [-v] check FILE...
 //   sdptool [...] json FILE
-//   sdptool [...] gen FILE.json [--dante] [-o OUT]
+//   sdptool [...] gen FILE.json [--dante] [--crlf] [--name-groups] [-o OUT]
+//   sdptool lint FILE... [--profile aes67|st2110-20|st2110-30|st2022-7|dante]... [--json]
+//   sdptool lint --rules
 //
-// Exit status: 0 on success; 1 when a file is refused (check) or cannot be converted;
-// 2 for bad usage or an unreadable file.
+// Exit status: 0 on success; 1 when a file is refused (check), cannot be converted or
+// has error findings (lint); 2 for bad usage or an unreadable or unusable file.
 
 #include <fstream>
 #include <iostream>
@@ -18,20 +20,15 @@
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
+#include "SdpExplain.h"
+#include "SdpGen.h"
+#include "SdpLint.h"
+#include "ToolFile.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
-namespace {
+using namespace pimav::detail;
 
-bool readFile(const std::string& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    return true;
-}
+namespace {
 
 std::string render(const Json::Value& value) {
     Json::StreamWriterBuilder builder;
@@ -61,14 +58,17 @@ bool moduleFromText(const std::string& text, BitstreamType::module_t& module) {
     return false;
 }
 
-// Parses one SDP text; prints the user messages of a refusal. Returns the parser's result.
-int parseFile(const std::string& path, SdpConverter& converter, bool quietOk) {
+// Parses one SDP text; a refusal is printed with its reason on one line (the first user
+// message, or the parser's own reason) and the further user messages below it. Returns
+// the parser's result.
+int parseFile(const std::string& path, SdpConverter& converter, bool quietOk, bool verbose) {
     std::string text;
-    if (!readFile(path, text)) {
+    if (!readWholeFile(path, text)) {
         std::cerr << path << ": cannot read" << std::endl;
         return -2;
     }
     ErrorAuxMsg::getInstance()->clear();
+    ParserLog log(verbose);
     const int rc = converter.parseSdp(text);
     const auto messages = ErrorAuxMsg::getInstance()->getMessages();
     ErrorAuxMsg::getInstance()->clear();
@@ -78,9 +78,10 @@ int parseFile(const std::string& path, SdpConverter& converter, bool quietOk) {
         }
         return 0;
     }
-    std::cout << path << ": refused (" << rc << ")" << std::endl;
-    for (const auto& m : messages) {
-        std::cout << "  " << m << std::endl;
+    const std::string reason = refusalReason(log.lines(), messages);
+    std::cout << path << ": refused (" << rc << ")" << (reason.empty() ? "" : ": " + reason) << std::endl;
+    for (size_t i = 1; i < messages.size(); ++i) {
+        std::cout << "  " << messages[i] << std::endl;
     }
     return rc;
 }
@@ -103,12 +104,24 @@ int main(int argc, char** argv) {
     std::string file;
     auto* json = app.add_subcommand("json", "print the parsed session as JSON");
     json->add_option("file", file, "SDP file")->required();
-    bool dante = false;
-    std::string output;
+    GenOptions genOptions;
     auto* gen = app.add_subcommand("gen", "write SDP text from a session document");
-    gen->add_option("file", file, "JSON session document")->required();
-    gen->add_flag("--dante", dante, "write the Dante-compatible form (first media, CRLF line ends)");
-    gen->add_option("-o,--output", output, "output file (default: standard output)");
+    gen->add_option("file", genOptions.file, "JSON session document")->required();
+    gen->add_flag("--dante", genOptions.dante,
+                  "write the Dante-compatible form (first media, CRLF line ends)");
+    gen->add_flag("--crlf", genOptions.crlf, "end lines with CRLF as RFC 4566 does");
+    gen->add_flag("--name-groups", genOptions.nameGroups,
+                  "name the group tags of media that have none (S1, S2, ...)");
+    gen->add_option("-o,--output", genOptions.output, "output file (default: standard output)");
+    LintOptions lintOptions;
+    bool lintRules = false;
+    auto* lint = app.add_subcommand("lint", "report what receivers and standards object to in SDP files");
+    lint->add_option("files", lintOptions.files, "SDP files");
+    lint->add_option("--profile", lintOptions.profiles,
+                     "aes67, st2110-20, st2110-30, st2022-7 or dante (repeatable)")
+        ->allow_extra_args(false);
+    lint->add_flag("--json", lintOptions.json, "print the findings as a JSON array");
+    lint->add_flag("--rules", lintRules, "print the rule table (Markdown) and exit");
 
     try {
         app.parse(argc, argv);
@@ -116,6 +129,17 @@ int main(int argc, char** argv) {
         return app.exit(e) == 0 ? 0 : 2;
     }
 
+    if (*lint) {
+        if (lintRules) {
+            std::cout << lintRulesMarkdown();
+            return 0;
+        }
+        if (lintOptions.files.empty()) {
+            std::cerr << "sdptool lint: no SDP file given" << std::endl;
+            return 2;
+        }
+        return runLint(lintOptions, std::cout, std::cerr);
+    }
     Logger::getInstance()->setThreshold(verbose ? 7 : 0);
     if (verbose) {
         Logger::getInstance()->setSink([](int level, const std::string& line) {
@@ -147,7 +171,7 @@ int main(int argc, char** argv) {
         int status = 0;
         for (const auto& path : files) {
             SdpConverter converter;
-            const int rc = parseFile(path, converter, false);
+            const int rc = parseFile(path, converter, false, verbose);
             if (rc == -2) {
                 status = 2;
             } else if (rc != 0 && status == 0) {
@@ -158,7 +182,7 @@ int main(int argc, char** argv) {
     }
     if (*json) {
         SdpConverter converter;
-        const int rc = parseFile(file, converter, true);
+        const int rc = parseFile(file, converter, true, verbose);
         if (rc != 0) {
             return rc == -2 ? 2 : 1;
         }
@@ -166,49 +190,9 @@ int main(int argc, char** argv) {
         converter.getSdpConfig(session);
         Json::Value doc;
         session.Serialize(doc);
+        writeMediaExtras(session, doc);
         std::cout << render(doc) << std::endl;
         return 0;
     }
-    // gen
-    std::string text;
-    if (!readFile(file, text)) {
-        std::cerr << file << ": cannot read" << std::endl;
-        return 2;
-    }
-    Json::CharReaderBuilder builder;
-    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    Json::Value doc;
-    std::string errors;
-    if (!reader->parse(text.data(), text.data() + text.size(), &doc, &errors) || !doc.isObject()) {
-        std::cerr << file << ": not a JSON session document " << errors << std::endl;
-        return 2;
-    }
-    SdpSession session;
-    try {
-        session.Deserialize(doc);
-    } catch (const std::exception& e) {
-        std::cerr << file << ": session document cannot be read: " << e.what() << std::endl;
-        return 1;
-    }
-    SdpConverter converter;
-    std::string sdp;
-    int rc = converter.setSdpConfig(session);
-    if (rc == 0) {
-        rc = dante ? converter.generateDanteSdp(sdp) : converter.getSdpString(&sdp);
-    }
-    if (rc != 0) {
-        std::cerr << file << ": SDP generation failed (" << rc << ")" << std::endl;
-        return 1;
-    }
-    if (output.empty()) {
-        std::cout << sdp;
-        return 0;
-    }
-    std::ofstream out(output, std::ios::binary);
-    out << sdp;
-    if (!out) {
-        std::cerr << output << ": cannot write" << std::endl;
-        return 2;
-    }
-    return 0;
+    return runGen(genOptions, std::cout, std::cerr);
 }

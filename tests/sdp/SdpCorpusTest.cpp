@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -16,10 +14,11 @@
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 #include "support/LogCapture.h"
+#include "support/TestData.h"
+
+using namespace pimav::detail;
 
 namespace {
-
-const std::string kCorpusDir = std::string(PIMAV_SOURCE_DIR) + "/tests/data/sdp-corpus";
 
 const char* const kPtime = "Packet time is a mandatory field in the SDP. Check your \"a=ptime:\" line.";
 const char* const kPtp = "Reference clock must be PTP. Check your \"a=ts-refclk\" line.";
@@ -89,29 +88,6 @@ const std::map<std::string, Expectation>& expectations() {
     return table;
 }
 
-std::vector<std::string> corpusFiles() {
-    std::vector<std::string> files;
-    DIR* dir = opendir(kCorpusDir.c_str());
-    if (dir == nullptr) {
-        return files;
-    }
-    while (dirent* entry = readdir(dir)) {
-        const std::string name = entry->d_name;
-        if (name.size() > 4 && name.compare(name.size() - 4, 4, ".sdp") == 0) {
-            files.push_back(name);
-        }
-    }
-    closedir(dir);
-    return files;
-}
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 }  // namespace
 
 TEST(SdpCorpus, EveryFileHasItsExpectedOutcome) {
@@ -125,7 +101,7 @@ TEST(SdpCorpus, EveryFileHasItsExpectedOutcome) {
         const Expectation& e = expected->second;
         SdpConverter converter;
         LogCapture log;
-        EXPECT_EQ(converter.parseSdp(readFile(kCorpusDir + "/" + name)), e.code);
+        EXPECT_EQ(converter.parseSdp(readText(kCorpusDir + name)), e.code);
         EXPECT_EQ(ErrorAuxMsg::getInstance()->getMessages(), e.messages);
         if (!e.logLine.empty()) {
             EXPECT_TRUE(log.contains(e.logLine)) << e.logLine;

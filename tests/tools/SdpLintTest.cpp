@@ -1,0 +1,163 @@
+// The linter over small texts per profile (tests/data/sdp-lint/<profile>.txt), over the
+// SDP corpus (tests/data/sdp-lint/corpus.txt), and its rule table against the docs.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "SdpLint.h"
+#include "support/TestData.h"
+
+using namespace pimav::detail;
+
+namespace {
+
+const std::string kLintData = kTestData + "sdp-lint/";
+
+struct LintCase {
+    std::string title;
+    std::vector<std::string> expected;  // rule@line
+    std::vector<std::string> options;
+    std::vector<std::string> lines;
+};
+
+// "=== title", "expect: ...", optional "options: ...", then the text; '#' lines outside
+// a case are comments.
+std::vector<LintCase> readCases(const std::string& path) {
+    std::vector<LintCase> cases;
+    std::istringstream in(readText(path));
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.rfind("=== ", 0) == 0) {
+            cases.push_back({line.substr(4), {}, {}, {}});
+        } else if (cases.empty()) {
+            continue;
+        } else if (line.rfind("expect:", 0) == 0 && cases.back().lines.empty()) {
+            cases.back().expected = words(line.substr(7));
+        } else if (line.rfind("options:", 0) == 0 && cases.back().lines.empty()) {
+            cases.back().options = words(line.substr(8));
+        } else {
+            cases.back().lines.push_back(line);
+        }
+    }
+    return cases;
+}
+
+// The case's text with the line ends its options ask for (CRLF by default).
+std::string textOf(const LintCase& c) {
+    const auto has = [&](const std::string& word) {
+        return std::find(c.options.begin(), c.options.end(), word) != c.options.end();
+    };
+    std::string text;
+    for (size_t i = 0; i < c.lines.size(); ++i) {
+        const bool lf = has("lf") || (has("lf-lines:") && has(std::to_string(i + 1)));
+        const bool last = i + 1 == c.lines.size();
+        text += c.lines[i] + (last && has("no-final-eol") ? "" : lf ? "\n" : "\r\n");
+    }
+    return text;
+}
+
+std::vector<std::string> findings(std::string text, const std::vector<std::string>& profiles) {
+    unsigned mask = 0;
+    std::string unknown;
+    EXPECT_TRUE(lintProfileMask(profiles, mask, unknown)) << unknown;
+    std::vector<std::string> out;
+    for (const LintFinding& finding : lintSdp(std::move(text), mask)) {
+        out.push_back(std::string(lintRuleInfo(finding.rule).id) + "@" + std::to_string(finding.line));
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+std::vector<std::string> sorted(std::vector<std::string> items) {
+    std::sort(items.begin(), items.end());
+    return items;
+}
+
+const char* const kCaseFiles[] = {"general", "aes67", "st2110-20", "st2110-30", "st2022-7", "dante"};
+
+// Corpus lines: "<file> <profile,...|-> <rule@line>...".
+struct CorpusExpectation {
+    std::vector<std::string> profiles;
+    std::vector<std::string> expected;
+};
+std::map<std::string, CorpusExpectation> corpusExpectations() {
+    std::map<std::string, CorpusExpectation> out;
+    std::istringstream in(readText(kLintData + "corpus.txt"));
+    std::string line;
+    while (std::getline(in, line)) {
+        std::vector<std::string> fields = words(line);
+        if (fields.size() < 2 || fields[0][0] == '#') {
+            continue;
+        }
+        CorpusExpectation& e = out[fields[0]];
+        if (fields[1] != "-") {
+            std::replace(fields[1].begin(), fields[1].end(), ',', ' ');
+            e.profiles = words(fields[1]);
+        }
+        e.expected.assign(fields.begin() + 2, fields.end());
+    }
+    return out;
+}
+
+}  // namespace
+
+class LintProfile : public testing::TestWithParam<const char*> {};
+
+TEST_P(LintProfile, EveryCaseHasItsFindings) {
+    const std::string profile = GetParam();
+    const std::vector<LintCase> cases = readCases(kLintData + profile + ".txt");
+    ASSERT_FALSE(cases.empty());
+    for (const LintCase& c : cases) {
+        SCOPED_TRACE(c.title);
+        EXPECT_EQ(
+            findings(textOf(c), profile == "general" ? std::vector<std::string>{} : std::vector{profile}),
+            sorted(c.expected));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Profiles, LintProfile, testing::ValuesIn(kCaseFiles),
+                         [](const testing::TestParamInfo<const char*>& info) {
+                             std::string name = info.param;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+TEST(SdpLint, CorpusFilesHaveTheirFindings) {
+    const auto expectations = corpusExpectations();
+    const std::vector<std::string> files = corpusFiles();
+    ASSERT_FALSE(files.empty());
+    for (const std::string& name : files) {
+        SCOPED_TRACE(name);
+        const auto e = expectations.find(name);
+        ASSERT_NE(e, expectations.end()) << "no expectation for a new corpus file";
+        EXPECT_EQ(findings(readText(kCorpusDir + name), e->second.profiles), sorted(e->second.expected));
+    }
+    EXPECT_EQ(files.size(), expectations.size()) << "an expected corpus file is missing";
+}
+
+TEST(SdpLint, EveryRuleIsDocumentedAndExercised) {
+    EXPECT_NE(readText(std::string(PIMAV_SOURCE_DIR) + "/docs/sdp-lint.md").find(lintRulesMarkdown()),
+              std::string::npos)
+        << "docs/sdp-lint.md differs from `sdptool lint --rules`";
+    std::set<std::string> expected;
+    for (const char* file : kCaseFiles) {
+        for (const LintCase& c : readCases(kLintData + file + ".txt")) {
+            expected.insert(c.expected.begin(), c.expected.end());
+        }
+    }
+    for (const auto& entry : corpusExpectations()) {
+        expected.insert(entry.second.expected.begin(), entry.second.expected.end());
+    }
+    std::set<std::string> ids;
+    for (size_t i = 0; i < lintRuleCount(); ++i) {
+        const std::string id = lintRuleInfo(static_cast<LintRule>(i)).id;
+        EXPECT_TRUE(ids.insert(id).second) << "rule id used twice: " << id;
+        const bool exercised = std::any_of(expected.begin(), expected.end(),
+                                           [&](const std::string& e) { return e.rfind(id + "@", 0) == 0; });
+        EXPECT_TRUE(exercised) << "no case expects " << id;
+    }
+}
