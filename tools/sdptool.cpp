@@ -1,12 +1,15 @@
 // sdptool: checks SDP files against the device's minimum configuration, shows the parsed
-// session as JSON, and writes SDP text from a session document.
+// session as JSON, writes SDP text from a session document, and announces and listens to
+// sessions over SAP.
 //
 //   sdptool [--board MODEL] [--module MODULE] [-v] check FILE...
 //   sdptool [...] json FILE
 //   sdptool [...] gen FILE.json [--dante] [-o OUT]
+//   sdptool [...] announce FILE... --to ADDR:PORT [...]   (see SdptoolSap.h)
+//   sdptool [...] listen --on ADDR:PORT [...]
 //
-// Exit status: 0 on success; 1 when a file is refused (check) or cannot be converted;
-// 2 for bad usage or an unreadable file.
+// Exit status: 0 on success; 1 when a file is refused (check) or cannot be converted, or a
+// socket fails; 2 for bad usage or an unreadable file.
 
 #include <fstream>
 #include <iostream>
@@ -19,19 +22,12 @@
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
+#include "SdptoolSap.h"
+#include "SdptoolSupport.h"
 
 namespace {
 
-bool readFile(const std::string& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    return true;
-}
+using pimav::detail::readFile;
 
 std::string render(const Json::Value& value) {
     Json::StreamWriterBuilder builder;
@@ -68,10 +64,8 @@ int parseFile(const std::string& path, SdpConverter& converter, bool quietOk) {
         std::cerr << path << ": cannot read" << std::endl;
         return -2;
     }
-    ErrorAuxMsg::getInstance()->clear();
-    const int rc = converter.parseSdp(text);
-    const auto messages = ErrorAuxMsg::getInstance()->getMessages();
-    ErrorAuxMsg::getInstance()->clear();
+    std::vector<std::string> messages;
+    const int rc = pimav::detail::checkSdp(converter, text, messages);
     if (rc == 0) {
         if (!quietOk) {
             std::cout << path << ": ok" << std::endl;
@@ -109,6 +103,8 @@ int main(int argc, char** argv) {
     gen->add_option("file", file, "JSON session document")->required();
     gen->add_flag("--dante", dante, "write the Dante-compatible form (first media, CRLF line ends)");
     gen->add_option("-o,--output", output, "output file (default: standard output)");
+    pimav::detail::SapSubcommands sap;
+    pimav::detail::addSapSubcommands(app, sap);
 
     try {
         app.parse(argc, argv);
@@ -143,6 +139,12 @@ int main(int argc, char** argv) {
         SystemDefaultCfg::getInstance()->setBoardModel(model);
     }
 
+    if (*sap.announce) {
+        return pimav::detail::runAnnounce(sap.announceArgs);
+    }
+    if (*sap.listen) {
+        return pimav::detail::runListen(sap.listenArgs);
+    }
     if (*check) {
         int status = 0;
         for (const auto& path : files) {
