@@ -89,7 +89,8 @@ SapAnnouncer::Clock::duration SapAnnouncer::baseInterval(size_t bytes) const {
         return m_options.interval;
     }
     const double announcements = static_cast<double>(m_heard + std::max<size_t>(m_sessions.size(), 1));
-    const std::chrono::duration<double> shared(8.0 * announcements * static_cast<double>(bytes) / kBandwidthLimit);
+    const std::chrono::duration<double> shared(8.0 * announcements * static_cast<double>(bytes) /
+                                               kBandwidthLimit);
     return std::max<Clock::duration>(kMinInterval, std::chrono::duration_cast<Clock::duration>(shared));
 }
 
@@ -122,7 +123,8 @@ std::string SapAnnouncer::encode(const Session& session, SapMessageType type) co
 
 void SapAnnouncer::plan(uint64_t key, Session& session, Clock::time_point now) {
     const double factor = 2.0 / 3.0 + m_random() * 2.0 / 3.0;
-    const auto interval = std::chrono::duration_cast<Clock::duration>(baseInterval(session.packet.size()) * factor);
+    const auto interval =
+        std::chrono::duration_cast<Clock::duration>(baseInterval(session.packet.size()) * factor);
     m_queue.erase({session.due, key});
     session.due = now + interval;
     m_queue.emplace(session.due, key);

@@ -85,8 +85,8 @@ void SapDirectory::remove(const SapPacket& packet, bool haveSessionId, const std
         }
     }
     if (it == m_entries.end()) {
-        Logger::log(7, "SAP: deletion of an unknown session from %s, hash %04x", packet.origin.toString().c_str(),
-                    static_cast<unsigned>(packet.hash));
+        Logger::log(7, "SAP: deletion of an unknown session from %s, hash %04x",
+                    packet.origin.toString().c_str(), static_cast<unsigned>(packet.hash));
         return;
     }
     std::string url = it->second.url;

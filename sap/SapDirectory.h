@@ -66,7 +66,9 @@ private:
         bool operator<(const Key& other) const {
             return origin != other.origin ? origin < other.origin : sessionId < other.sessionId;
         }
-        bool operator==(const Key& other) const { return origin == other.origin && sessionId == other.sessionId; }
+        bool operator==(const Key& other) const {
+            return origin == other.origin && sessionId == other.sessionId;
+        }
     };
     struct Entry {
         uint16_t hash = 0;
@@ -78,7 +80,8 @@ private:
     };
     using HashKey = std::pair<SapOrigin, uint16_t>;
 
-    void announce(const SapPacket& packet, const std::string& sessionId, uint16_t port, Clock::time_point now);
+    void announce(const SapPacket& packet, const std::string& sessionId, uint16_t port,
+                  Clock::time_point now);
     void remove(const SapPacket& packet, bool haveSessionId, const std::string& sessionId);
     // Sets the entry's deadline from its last hearing and interval.
     void schedule(const Key& key, Entry& entry);

@@ -180,11 +180,13 @@ std::string SapOrigin::toString() const {
     return text;
 }
 
-std::string SapOrigin::urlHost() const { return ipv6 ? "[" + toString() + "]" : toString(); }
+std::string SapOrigin::urlHost() const {
+    return ipv6 ? "[" + toString() + "]" : toString();
+}
 
 bool SapPacket::operator==(const SapPacket& other) const {
-    return type == other.type && origin == other.origin && hash == other.hash && compressed == other.compressed &&
-           typed == other.typed && auth == other.auth && sdp == other.sdp;
+    return type == other.type && origin == other.origin && hash == other.hash &&
+           compressed == other.compressed && typed == other.typed && auth == other.auth && sdp == other.sdp;
 }
 
 const char* sapErrorWord(SapError error) {

@@ -61,15 +61,15 @@ struct SapPacket {
 // Why a packet is refused. The words of sapErrorWord are what logs and tools print.
 enum class SapError {
     None,
-    Truncated,          // "truncated": shorter than its header, origin and authentication data say
-    WrongVersion,       // "wrong-version": version field other than 1
-    Encrypted,          // "encrypted": the E bit is set
-    AuthBeyondPacket,   // "auth-beyond-packet": the authentication data runs past the end
-    BadZlib,            // "bad-zlib": the C bit is set and the payload is no complete zlib stream
-    PayloadTooLarge,    // "payload-too-large": the (decompressed) payload exceeds the bound
-    EmptyPayload,       // "empty-payload": no SDP text
-    WrongPayloadType,   // "wrong-payload-type": a payload type other than application/sdp
-    NotSdp,             // "not-sdp": no payload type, and the payload does not start with "v=0"
+    Truncated,         // "truncated": shorter than its header, origin and authentication data say
+    WrongVersion,      // "wrong-version": version field other than 1
+    Encrypted,         // "encrypted": the E bit is set
+    AuthBeyondPacket,  // "auth-beyond-packet": the authentication data runs past the end
+    BadZlib,           // "bad-zlib": the C bit is set and the payload is no complete zlib stream
+    PayloadTooLarge,   // "payload-too-large": the (decompressed) payload exceeds the bound
+    EmptyPayload,      // "empty-payload": no SDP text
+    WrongPayloadType,  // "wrong-payload-type": a payload type other than application/sdp
+    NotSdp,            // "not-sdp": no payload type, and the payload does not start with "v=0"
 };
 const char* sapErrorWord(SapError error);
 

@@ -66,7 +66,9 @@ bool UdpEndpoint::parse(const std::string& text, UdpEndpoint& out) {
     return true;
 }
 
-std::string UdpEndpoint::toString() const { return address.toString() + ":" + std::to_string(port); }
+std::string UdpEndpoint::toString() const {
+    return address.toString() + ":" + std::to_string(port);
+}
 
 UdpSocket UdpSocket::listen(const UdpEndpoint& local, IpAddress interfaceAddress) {
     UdpSocket socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -98,7 +100,8 @@ UdpSocket UdpSocket::connect(const UdpEndpoint& destination, int ttl, IpAddress 
     if (interfaceAddress.isSet()) {
         in_addr outgoing{};
         outgoing.s_addr = htonl(interfaceAddress.get());
-        setOption(socket.m_fd, IPPROTO_IP, IP_MULTICAST_IF, outgoing, "cannot choose the interface for", destination);
+        setOption(socket.m_fd, IPPROTO_IP, IP_MULTICAST_IF, outgoing, "cannot choose the interface for",
+                  destination);
     }
     const sockaddr_in addr = socketAddress(destination);
     if (::connect(socket.m_fd, reinterpret_cast<const sockaddr*>(&addr), sizeof addr) != 0) {
@@ -107,7 +110,9 @@ UdpSocket UdpSocket::connect(const UdpEndpoint& destination, int ttl, IpAddress 
     return socket;
 }
 
-UdpSocket::UdpSocket(UdpSocket&& other) noexcept : m_fd(other.m_fd) { other.m_fd = -1; }
+UdpSocket::UdpSocket(UdpSocket&& other) noexcept : m_fd(other.m_fd) {
+    other.m_fd = -1;
+}
 
 UdpSocket& UdpSocket::operator=(UdpSocket&& other) noexcept {
     if (this != &other) {
@@ -118,7 +123,9 @@ UdpSocket& UdpSocket::operator=(UdpSocket&& other) noexcept {
     return *this;
 }
 
-UdpSocket::~UdpSocket() { close(); }
+UdpSocket::~UdpSocket() {
+    close();
+}
 
 void UdpSocket::close() {
     if (m_fd >= 0) {
@@ -149,7 +156,8 @@ bool UdpSocket::receive(std::string& bytes, UdpEndpoint& from, int timeoutMs) {
     bytes.resize(65507);
     sockaddr_in addr{};
     socklen_t length = sizeof addr;
-    const ssize_t n = ::recvfrom(m_fd, &bytes[0], bytes.size(), 0, reinterpret_cast<sockaddr*>(&addr), &length);
+    const ssize_t n =
+        ::recvfrom(m_fd, &bytes[0], bytes.size(), 0, reinterpret_cast<sockaddr*>(&addr), &length);
     if (n < 0) {
         bytes.clear();
         return false;

@@ -35,7 +35,8 @@ public:
     // Sends to `destination` from a free port. A multicast destination is reached through
     // the interface with address `interfaceAddress` (unset: the routing table's choice) with
     // `ttl` hops.
-    static UdpSocket connect(const UdpEndpoint& destination, int ttl = kDefaultTtl, IpAddress interfaceAddress = IpAddress());
+    static UdpSocket connect(const UdpEndpoint& destination, int ttl = kDefaultTtl,
+                             IpAddress interfaceAddress = IpAddress());
 
     UdpSocket(UdpSocket&& other) noexcept;
     UdpSocket& operator=(UdpSocket&& other) noexcept;

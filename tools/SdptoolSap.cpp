@@ -47,7 +47,8 @@ bool readInterface(const std::string& text, IpAddress& address) {
 
 bool readEndpoint(const std::string& option, const std::string& text, UdpEndpoint& endpoint) {
     if (!UdpEndpoint::parse(text, endpoint)) {
-        std::cerr << "sdptool: " << option << " needs ADDR:PORT with an IPv4 address, not " << text << std::endl;
+        std::cerr << "sdptool: " << option << " needs ADDR:PORT with an IPv4 address, not " << text
+                  << std::endl;
         return false;
     }
     return true;
@@ -117,8 +118,10 @@ void addSapSubcommands(CLI::App& app, SapSubcommands& commands) {
     commands.announce = app.add_subcommand("announce", "announce SDP files over SAP as a device would");
     CLI::App& announce = *commands.announce;
     announce.add_option("files", a.files, "SDP files")->required();
-    announce.add_option("--to", a.to, "destination ADDR:PORT: a loopback or unicast address, or a SAP group "
-                                      "such as 239.255.255.255:9875")
+    announce
+        .add_option("--to", a.to,
+                    "destination ADDR:PORT: a loopback or unicast address, or a SAP group "
+                    "such as 239.255.255.255:9875")
         ->required();
     announce.add_option("--interval", a.interval, "seconds between announcements (default: RFC 2974's rule)")
         ->check(CLI::PositiveNumber);
@@ -127,8 +130,9 @@ void addSapSubcommands(CLI::App& app, SapSubcommands& commands) {
     announce.add_option("--ttl", a.ttl, "multicast TTL")->capture_default_str()->check(CLI::Range(1, 255));
     announce.add_option("--interface", a.interfaceAddress, "address of the interface multicast leaves by");
     announce.add_flag("--compress", a.compress, "compress the payloads with zlib");
-    announce.add_option("--origin", a.origin, "origin address written in the packets (default: the source "
-                                              "address of the route to --to)");
+    announce.add_option("--origin", a.origin,
+                        "origin address written in the packets (default: the source "
+                        "address of the route to --to)");
 
     SapListenArgs& l = commands.listenArgs;
     commands.listen = app.add_subcommand("listen", "print the SAP announcements heard on ADDR:PORT");
@@ -164,7 +168,8 @@ int runAnnounce(const SapAnnounceArgs& args) {
         UdpSocket socket = UdpSocket::connect(to, args.ttl, interfaceAddress);
         SapAnnouncer::Options options;
         options.origin = args.origin.empty() ? SapOrigin::ipv4(socket.localEndpoint().address) : origin;
-        options.interval = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(args.interval));
+        options.interval =
+            std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(args.interval));
         options.compress = args.compress;
         std::vector<unsigned> sent(texts.size(), 0);
         bool failed = false;
@@ -175,7 +180,8 @@ int runAnnounce(const SapAnnounceArgs& args) {
             }
             sent[key] += type == SapMessageType::Announce ? 1 : 0;
             if (!socket.send(packet)) {
-                std::cerr << "sdptool: sending to " << to.toString() << " failed: " << std::strerror(errno) << std::endl;
+                std::cerr << "sdptool: sending to " << to.toString() << " failed: " << std::strerror(errno)
+                          << std::endl;
                 failed = true;
             }
         });
@@ -188,8 +194,9 @@ int runAnnounce(const SapAnnounceArgs& args) {
             }
         }
         const auto done = [&] {
-            return args.remove || (args.count != 0 &&
-                                   std::all_of(sent.begin(), sent.end(), [&](unsigned n) { return n >= args.count; }));
+            return args.remove || (args.count != 0 && std::all_of(sent.begin(), sent.end(), [&](unsigned n) {
+                                       return n >= args.count;
+                                   }));
         };
         while (!done() && g_stop == 0) {
             const auto now = Clock::now();

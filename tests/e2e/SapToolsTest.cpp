@@ -19,8 +19,12 @@ using namespace pimav::detail;
 
 namespace {
 
-std::string sdptool() { return binaryPath("tools/sdptool"); }
-std::string corpus(const std::string& name) { return sourcePath("tests/data/sdp-corpus/" + name); }
+std::string sdptool() {
+    return binaryPath("tools/sdptool");
+}
+std::string corpus(const std::string& name) {
+    return sourcePath("tests/data/sdp-corpus/" + name);
+}
 
 // A program running beside the test, whose output is read while it runs.
 class Background {
@@ -58,8 +62,8 @@ public:
     bool waitForLines(int stream, size_t lines, int timeoutMs) {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
         while (std::count(m_text[stream].begin(), m_text[stream].end(), '\n') < static_cast<long>(lines)) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline -
-                                                                                    std::chrono::steady_clock::now());
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                deadline - std::chrono::steady_clock::now());
             pollfd ready{m_fds[stream], POLLIN, 0};
             if (left.count() <= 0 || ::poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
                 return false;

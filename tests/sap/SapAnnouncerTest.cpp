@@ -21,7 +21,9 @@ std::string sdp(int id, int version) {
     return "v=0\r\no=- " + std::to_string(id) + " " + std::to_string(version) + " IN IP4 10.0.0.5\r\ns=S\r\n";
 }
 
-Clock::duration seconds(double s) { return std::chrono::duration_cast<Clock::duration>(Seconds(s)); }
+Clock::duration seconds(double s) {
+    return std::chrono::duration_cast<Clock::duration>(Seconds(s));
+}
 
 // Every packet sent, decoded.
 struct Sent {
@@ -40,11 +42,11 @@ TEST(SapAnnouncer, IntervalSharesTheGroupBandwidth) {
         double expected;
     };
     const Row rows[] = {
-        {0, 0, 500, 0, 300},        // 1 announcement of 500 bytes: 1 s, raised to the minimum
-        {999, 1, 500, 0, 1000},     // 8 * 1000 * 500 / 4000
-        {300, 0, 1000, 0, 602},     // with no session of our own, ours counts as one
-        {100, 200, 1000, 0, 600},   // heard and own sessions add up
-        {999, 1, 500, 2.5, 2.5},    // a fixed interval wins
+        {0, 0, 500, 0, 300},       // 1 announcement of 500 bytes: 1 s, raised to the minimum
+        {999, 1, 500, 0, 1000},    // 8 * 1000 * 500 / 4000
+        {300, 0, 1000, 0, 602},    // with no session of our own, ours counts as one
+        {100, 200, 1000, 0, 600},  // heard and own sessions add up
+        {999, 1, 500, 2.5, 2.5},   // a fixed interval wins
     };
     for (const auto& row : rows) {
         SapAnnouncer::Options options;

@@ -35,8 +35,12 @@ Step announce(double at, const char* origin, uint16_t hash, std::string sdp, std
 Step remove(double at, const char* origin, uint16_t hash, std::string sdp, std::string expect) {
     return {Action::Delete, at, origin, hash, std::move(sdp), std::move(expect)};
 }
-Step expire(double at, std::string expect) { return {Action::Expire, at, "", 0, "", std::move(expect)}; }
-Step nextExpiry(std::string expect) { return {Action::NextExpiry, 0, "", 0, "", std::move(expect)}; }
+Step expire(double at, std::string expect) {
+    return {Action::Expire, at, "", 0, "", std::move(expect)};
+}
+Step nextExpiry(std::string expect) {
+    return {Action::NextExpiry, 0, "", 0, "", std::move(expect)};
+}
 
 std::string sdp(const char* sessionId, int version) {
     return "v=0\r\no=- " + std::string(sessionId) + " " + std::to_string(version) +
@@ -71,8 +75,10 @@ TEST(SapDirectory, FollowsAnnouncementsDeletionsAndTimeouts) {
          {
              announce(0, kA, 1, sdp("11", 1), "add sap://10.0.0.1:9875/0001"),
              announce(10, kA, 1, sdp("11", 1), ""),
-             announce(20, kA, 2, sdp("11", 2), "replace sap://10.0.0.1:9875/0001 -> sap://10.0.0.1:9875/0002"),
-             announce(30, kA, 2, sdp("11", 3), "replace sap://10.0.0.1:9875/0002 -> sap://10.0.0.1:9875/0002"),
+             announce(20, kA, 2, sdp("11", 2),
+                      "replace sap://10.0.0.1:9875/0001 -> sap://10.0.0.1:9875/0002"),
+             announce(30, kA, 2, sdp("11", 3),
+                      "replace sap://10.0.0.1:9875/0002 -> sap://10.0.0.1:9875/0002"),
              announce(40, kB, 2, sdp("11", 1), "add sap://10.0.0.2:9875/0002"),
              announce(41, kA, 3, sdp("12", 1), "add sap://10.0.0.1:9875/0003"),
              remove(50, kA, 2, sdp("11", 3), "delete sap://10.0.0.1:9875/0002"),
@@ -124,7 +130,8 @@ TEST(SapDirectory, FollowsAnnouncementsDeletionsAndTimeouts) {
             SapPacket packet;
             if (step.action == Action::Announce || step.action == Action::Delete) {
                 ASSERT_TRUE(SapOrigin::fromText(step.origin, packet.origin));
-                packet.type = step.action == Action::Delete ? SapMessageType::Delete : SapMessageType::Announce;
+                packet.type =
+                    step.action == Action::Delete ? SapMessageType::Delete : SapMessageType::Announce;
                 packet.hash = step.hash;
                 packet.sdp = step.sdp;
                 directory.feed(packet, kSapPort, at(step.at));
@@ -135,7 +142,8 @@ TEST(SapDirectory, FollowsAnnouncementsDeletionsAndTimeouts) {
                 const auto next = directory.nextExpiry();
                 ASSERT_EQ(next.has_value(), step.expect != "none") << scenario.what;
                 if (next) {
-                    EXPECT_NEAR(std::chrono::duration<double>(*next - start).count(), std::stod(step.expect), 1e-6);
+                    EXPECT_NEAR(std::chrono::duration<double>(*next - start).count(), std::stod(step.expect),
+                                1e-6);
                 }
                 continue;
             }

@@ -64,8 +64,8 @@ TEST(SapPacket, DecodesHandMadeHeaders) {
     };
     const std::string v6Origin("\x20\x01\x0d\xb8\0\0\0\0\0\0\0\0\0\0\0\x01", 16);
     const Row rows[] = {
-        {"IPv4 announcement with a payload type", kV4Header + kType + kSdp, SapMessageType::Announce, "10.0.0.5",
-         0x1234, true, 0, true},
+        {"IPv4 announcement with a payload type", kV4Header + kType + kSdp, SapMessageType::Announce,
+         "10.0.0.5", 0x1234, true, 0, true},
         {"IPv6 deletion, one authentication word, no payload type",
          std::string("\x34\x01\xab\xcd", 4) + v6Origin + "AUTH" + kSdp, SapMessageType::Delete, "2001:db8::1",
          0xabcd, false, 4, true},
@@ -97,10 +97,12 @@ TEST(SapPacket, RoundTripsThroughTheEncoder) {
         std::string auth;
     };
     const Row rows[] = {
-        {"st2110-30-l24-48k-8ch-1ms-ttl128-framecount.sdp", "192.168.1.50", SapMessageType::Announce, false, true, ""},
+        {"st2110-30-l24-48k-8ch-1ms-ttl128-framecount.sdp", "192.168.1.50", SapMessageType::Announce, false,
+         true, ""},
         {"st2110-20-1080p50.sdp", "192.168.1.50", SapMessageType::Announce, true, true, ""},
         {"dante-aes67-no-refclk-crlf.sdp", "fe80::1:2ff:fe03:405", SapMessageType::Announce, true, false, ""},
-        {"aes67-l16-48k-1ms-sap-remote-source.sdp", "2001:db8::7", SapMessageType::Delete, false, true, "12345678"},
+        {"aes67-l16-48k-1ms-sap-remote-source.sdp", "2001:db8::7", SapMessageType::Delete, false, true,
+         "12345678"},
         {"rfc4566-all-fields-multiple-t-r-z-k-crlf.sdp", "10.1.2.3", SapMessageType::Delete, true, true,
          std::string(1020, 'k')},
     };
@@ -139,17 +141,17 @@ TEST(SapPacket, RefusesMalformedPacketsWithTheirReason) {
         {"encrypted", header(0x22, 0) + kSdp, SapError::Encrypted, kSapMaxPayload},
         {"255 authentication words", header(0x20, 255) + kType + kSdp, SapError::AuthBeyondPacket,
          kSapMaxPayload},
-        {"one authentication word, three bytes", header(0x20, 1) + "abc",
-         SapError::AuthBeyondPacket, kSapMaxPayload},
-        {"header and origin only", kV4Header, SapError::EmptyPayload, kSapMaxPayload},
-        {"authentication data only", header(0x20, 1) + "abcd", SapError::EmptyPayload,
+        {"one authentication word, three bytes", header(0x20, 1) + "abc", SapError::AuthBeyondPacket,
          kSapMaxPayload},
+        {"header and origin only", kV4Header, SapError::EmptyPayload, kSapMaxPayload},
+        {"authentication data only", header(0x20, 1) + "abcd", SapError::EmptyPayload, kSapMaxPayload},
         {"payload type only", kV4Header + kType, SapError::EmptyPayload, kSapMaxPayload},
         {"text/plain", kV4Header + std::string("text/plain\0", 11) + kSdp, SapError::WrongPayloadType,
          kSapMaxPayload},
-        {"application/sdpx", kV4Header + std::string("application/sdpx\0", 17) + kSdp, SapError::WrongPayloadType,
+        {"application/sdpx", kV4Header + std::string("application/sdpx\0", 17) + kSdp,
+         SapError::WrongPayloadType, kSapMaxPayload},
+        {"neither a type nor v=0", kV4Header + "o=- 7 1 IN IP4 10.0.0.5\r\n", SapError::NotSdp,
          kSapMaxPayload},
-        {"neither a type nor v=0", kV4Header + "o=- 7 1 IN IP4 10.0.0.5\r\n", SapError::NotSdp, kSapMaxPayload},
         {"C bit over plain text", header(0x21, 0) + kType + kSdp, SapError::BadZlib, kSapMaxPayload},
         {"C bit without payload", header(0x21, 0), SapError::BadZlib, kSapMaxPayload},
         {"zlib stream cut", compressed.substr(0, compressed.size() - 4), SapError::BadZlib, kSapMaxPayload},
@@ -158,9 +160,11 @@ TEST(SapPacket, RefusesMalformedPacketsWithTheirReason) {
          SapError::WrongPayloadType, kSapMaxPayload},
         {"1 MiB from a small zlib stream", bomb, SapError::PayloadTooLarge, kSapMaxPayload},
         {"plain payload at the bound", encodeSap(packet(exact, false, false)), SapError::None, 1000},
-        {"plain payload past the bound", encodeSap(packet(exact, false, false)), SapError::PayloadTooLarge, 999},
+        {"plain payload past the bound", encodeSap(packet(exact, false, false)), SapError::PayloadTooLarge,
+         999},
         {"compressed payload at the bound", encodeSap(packet(exact, true, false)), SapError::None, 1000},
-        {"compressed payload past the bound", encodeSap(packet(exact, true, false)), SapError::PayloadTooLarge, 999},
+        {"compressed payload past the bound", encodeSap(packet(exact, true, false)),
+         SapError::PayloadTooLarge, 999},
     };
     ASSERT_LT(bomb.size(), 2000u);
     for (const auto& row : rows) {
@@ -171,7 +175,8 @@ TEST(SapPacket, RefusesMalformedPacketsWithTheirReason) {
             EXPECT_TRUE(log.at(2).empty()) << row.what;
         } else {
             ASSERT_EQ(log.at(2).size(), 1u) << row.what;
-            EXPECT_NE(log.at(2)[0].find(std::string("refused (") + sapErrorWord(row.error) + ")"), std::string::npos)
+            EXPECT_NE(log.at(2)[0].find(std::string("refused (") + sapErrorWord(row.error) + ")"),
+                      std::string::npos)
                 << log.at(2)[0];
         }
     }

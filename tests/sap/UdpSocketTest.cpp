@@ -16,10 +16,12 @@ TEST(UdpSocket, ParsesEndpoints) {
         bool multicast;
     };
     const Row rows[] = {
-        {"127.0.0.1:9875", true, false},  {"239.255.255.255:9875", true, true}, {"224.2.127.254:0", true, true},
-        {"240.0.0.1:9875", true, false},  {"127.0.0.1:65536", false, false},    {"127.0.0.1:", false, false},
-        {"127.0.0.1", false, false},      {":9875", false, false},              {"127.0.0.1:98a", false, false},
-        {"localhost:9875", false, false}, {"[::1]:9875", false, false},         {"127.0.0.1:1234567", false, false},
+        {"127.0.0.1:9875", true, false},   {"239.255.255.255:9875", true, true},
+        {"224.2.127.254:0", true, true},   {"240.0.0.1:9875", true, false},
+        {"127.0.0.1:65536", false, false}, {"127.0.0.1:", false, false},
+        {"127.0.0.1", false, false},       {":9875", false, false},
+        {"127.0.0.1:98a", false, false},   {"localhost:9875", false, false},
+        {"[::1]:9875", false, false},      {"127.0.0.1:1234567", false, false},
     };
     for (const auto& row : rows) {
         UdpEndpoint endpoint;
@@ -53,6 +55,7 @@ TEST(UdpSocket, SendsAndReceivesOnLoopback) {
         UdpSocket::listen(bound);
         ADD_FAILURE() << "a second listener bound " << bound.toString();
     } catch (const std::system_error& e) {
-        EXPECT_NE(std::string(e.what()).find("cannot bind " + bound.toString()), std::string::npos) << e.what();
+        EXPECT_NE(std::string(e.what()).find("cannot bind " + bound.toString()), std::string::npos)
+            << e.what();
     }
 }
