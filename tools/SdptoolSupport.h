@@ -1,27 +1,15 @@
 #pragma once
 
-// Helpers shared by sdptool's subcommands: reading a file and the minimum check of an SDP text.
+// The minimum check of an SDP text, shared by sdptool's subcommands (with ToolSupport.h).
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "ToolSupport.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
 namespace pimav::detail {
-
-inline bool readFile(const std::string& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    return true;
-}
 
 // The library's parser on one SDP text: 0 when it accepts `text`, else its negative code
 // with `messages` filled.

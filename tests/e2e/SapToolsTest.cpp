@@ -29,29 +29,7 @@ std::string corpus(const std::string& name) {
 // A program running beside the test, whose output is read while it runs.
 class Background {
 public:
-    explicit Background(const std::vector<std::string>& argv) {
-        int out[2];
-        int err[2];
-        if (::pipe(out) != 0 || ::pipe(err) != 0) {
-            throw std::runtime_error("pipe failed");
-        }
-        m_pid = ::fork();
-        if (m_pid == 0) {
-            ::dup2(out[1], 1);
-            ::dup2(err[1], 2);
-            std::vector<char*> args;
-            for (const auto& a : argv) {
-                args.push_back(const_cast<char*>(a.c_str()));
-            }
-            args.push_back(nullptr);
-            ::execv(args[0], args.data());
-            _exit(127);
-        }
-        ::close(out[1]);
-        ::close(err[1]);
-        m_fds[0] = out[0];
-        m_fds[1] = err[0];
-    }
+    explicit Background(const std::vector<std::string>& argv) : m_pid(spawn(argv, m_fds[0], m_fds[1])) {}
     ~Background() {
         stop();
         ::close(m_fds[0]);
@@ -93,9 +71,9 @@ public:
     }
 
 private:
+    int m_fds[2] = {-1, -1};  // before m_pid, which the constructor fills together with them
     pid_t m_pid = -1;
     int m_status = -1;
-    int m_fds[2] = {-1, -1};
     std::string m_text[2];
 };
 
