@@ -16,14 +16,13 @@
 
 using namespace pimav::detail;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool configured = [] {
-        Logger::getInstance()->setThreshold(7);
-        Logger::getInstance()->setSink([](int, const std::string&) {});
-        return true;
-    }();
-    (void)configured;
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    Logger::getInstance()->setThreshold(7);  // format every line, then drop it
+    Logger::getInstance()->setSink([](int, const std::string&) {});
+    return 0;
+}
 
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     SapPacket packet;
     if (decodeSap(data, size, packet) != SapError::None) {
         return 0;
