@@ -133,7 +133,6 @@ TEST(SapTools, RefusesBadArgumentsBeforeSending) {
     const std::string audio = corpus("st2110-30-l24-48k-8ch-1ms-ttl128-framecount.sdp");
     const std::vector<std::vector<std::string>> rows = {
         {"announce", audio, "--to", "127.0.0.1"},
-        {"announce", audio, "--to", "localhost:9875"},
         {"announce", "/nonexistent/a.sdp", "--to", "127.0.0.1:9"},
         {"announce", audio, "--to", "127.0.0.1:9", "--interface", "eth0"},
         {"announce", audio, "--to", "127.0.0.1:9", "--origin", "host"},
