@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "ToolSupport.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
 
 namespace pimav::detail {
@@ -52,7 +53,6 @@ int commandIdOf(const std::string& text);
 void printCommands(std::ostream& out);
 
 std::string renderJson(const Json::Value& value, bool pretty);
-bool readFile(const std::string& path, std::string& text);
 bool parseJson(const std::string& text, Json::Value& doc, std::string& errors);
 
 // Typed verbs.

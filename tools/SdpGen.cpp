@@ -11,7 +11,7 @@
 #include <sstream>
 
 #include "SdpLintText.h"
-#include "ToolFile.h"
+#include "ToolSupport.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
 namespace pimav::detail {

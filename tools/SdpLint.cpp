@@ -12,7 +12,7 @@
 #include <sstream>
 #include <tuple>
 
-#include "ToolFile.h"
+#include "ToolSupport.h"
 
 namespace pimav::detail {
 

@@ -35,7 +35,7 @@ Json::Value readDocumentArgument(const std::string& arg) {
     }
     std::string text = arg;
     if (arg[0] == '@') {
-        if (!readFile(arg.substr(1), text)) {
+        if (!readWholeFile(arg.substr(1), text)) {
             throw Failure(2, "cannot read " + arg.substr(1));
         }
     }
@@ -49,7 +49,7 @@ Json::Value readDocumentArgument(const std::string& arg) {
 
 Json::Value readRecordFile(const std::string& path) {
     std::string text;
-    if (!readFile(path, text)) {
+    if (!readWholeFile(path, text)) {
         throw Failure(2, "cannot read " + path);
     }
     Json::Value doc;

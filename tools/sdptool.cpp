@@ -1,14 +1,18 @@
 // sdptool: checks SDP files against the device's minimum configuration, shows the parsed
-// session as JSON, and writes SDP text from a session document.
+// session as JSON, writes SDP text from a session document, lints SDP files against the
+// standards' profiles, and announces and listens to sessions over SAP.
 //
 //   sdptool [--board MODEL] [--module MODULE] [-v] check FILE...
 //   sdptool [...] json FILE
 //   sdptool [...] gen FILE.json [--dante] [--crlf] [--name-groups] [-o OUT]
 //   sdptool lint FILE... [--profile aes67|st2110-20|st2110-30|st2022-7|dante]... [--json]
 //   sdptool lint --rules
+//   sdptool [...] announce FILE... --to ADDR:PORT [...]   (see SdptoolSap.h)
+//   sdptool [...] listen --on ADDR:PORT [...]
 //
 // Exit status: 0 on success; 1 when a file is refused (check), cannot be converted or
-// has error findings (lint); 2 for bad usage or an unreadable or unusable file.
+// has error findings (lint), or a socket fails; 2 for bad usage or an unreadable or unusable
+// file.
 
 #include <fstream>
 #include <iostream>
@@ -23,7 +27,8 @@
 #include "SdpExplain.h"
 #include "SdpGen.h"
 #include "SdpLint.h"
-#include "ToolFile.h"
+#include "SdptoolSap.h"
+#include "SdptoolSupport.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
 using namespace pimav::detail;
@@ -67,11 +72,9 @@ int parseFile(const std::string& path, SdpConverter& converter, bool quietOk, bo
         std::cerr << path << ": cannot read" << std::endl;
         return -2;
     }
-    ErrorAuxMsg::getInstance()->clear();
     ParserLog log(verbose);
-    const int rc = converter.parseSdp(text);
-    const auto messages = ErrorAuxMsg::getInstance()->getMessages();
-    ErrorAuxMsg::getInstance()->clear();
+    std::vector<std::string> messages;
+    const int rc = checkSdp(converter, text, messages);
     if (rc == 0) {
         if (!quietOk) {
             std::cout << path << ": ok" << std::endl;
@@ -122,6 +125,8 @@ int main(int argc, char** argv) {
         ->allow_extra_args(false);
     lint->add_flag("--json", lintOptions.json, "print the findings as a JSON array");
     lint->add_flag("--rules", lintRules, "print the rule table (Markdown) and exit");
+    SapSubcommands sap;
+    addSapSubcommands(app, sap);
 
     try {
         app.parse(argc, argv);
@@ -167,6 +172,12 @@ int main(int argc, char** argv) {
         SystemDefaultCfg::getInstance()->setBoardModel(model);
     }
 
+    if (*sap.announce) {
+        return runAnnounce(sap.announceArgs);
+    }
+    if (*sap.listen) {
+        return runListen(sap.listenArgs);
+    }
     if (*check) {
         int status = 0;
         for (const auto& path : files) {

@@ -69,7 +69,7 @@ int freeLoopbackPort() {
     return port;
 }
 
-RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
+pid_t spawn(const std::vector<std::string>& argv, int& outFd, int& errFd) {
     int outPipe[2];
     int errPipe[2];
     if (::pipe(outPipe) != 0 || ::pipe(errPipe) != 0) {
@@ -91,8 +91,17 @@ RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
     }
     ::close(outPipe[1]);
     ::close(errPipe[1]);
+    outFd = outPipe[0];
+    errFd = errPipe[0];
+    return pid;
+}
+
+RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
+    int outFd = -1;
+    int errFd = -1;
+    const pid_t pid = spawn(argv, outFd, errFd);
     RunResult result;
-    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
+    pollfd fds[2] = {{outFd, POLLIN, 0}, {errFd, POLLIN, 0}};
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
     int open = 2;
     bool killed = false;

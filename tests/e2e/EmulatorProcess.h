@@ -28,6 +28,10 @@ struct RunResult {
     std::string err;
 };
 
+// Starts a program with its standard output and error on pipes, whose reading ends go to
+// `outFd` and `errFd`; returns its pid.
+pid_t spawn(const std::vector<std::string>& argv, int& outFd, int& errFd);
+
 // Runs a program to its end with a time limit (killed after it), capturing its output.
 RunResult run(const std::vector<std::string>& argv, int timeoutMs = 20000);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Reading a whole input file of a command-line tool, bytes as they are.
+// Helpers shared by the command-line tools.
 
 #include <fstream>
 #include <sstream>
@@ -8,6 +8,7 @@
 
 namespace pimav::detail {
 
+// Reads a whole input file, bytes as they are; false when it cannot be opened.
 inline bool readWholeFile(const std::string& path, std::string& text) {
     std::ifstream in(path, std::ios::binary);
     if (!in) {
