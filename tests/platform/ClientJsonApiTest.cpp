@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -8,6 +11,7 @@
 #include <zmq.hpp>
 
 #include "pimAvMngApi/platform/ClientJsonApi.h"
+#include "platform/CurveKeys.h"
 #include "platform/IpcWire.h"
 #include "support/FakeDaemon.h"
 #include "support/JsonText.h"
@@ -424,6 +428,122 @@ TEST(ClientJsonApi, ConcurrentCallsOnOneObjectEachGetTheirOwnReply) {
     }
     EXPECT_EQ(mismatches, std::vector<int>(kThreads, 0));
     EXPECT_EQ(daemon.requestCount(), static_cast<size_t>(kThreads * kCalls));
+}
+
+}  // namespace
+
+namespace {
+
+// A CURVE REP server on loopback that answers {"curve":true} to every request. Without a
+// ZAP handler libzmq admits any client key; a client with the wrong server key fails the
+// handshake.
+class CurveServer {
+public:
+    explicit CurveServer(const CurveKeyPair& keys) : m_socket(m_context, zmq::socket_type::rep) {
+        m_socket.set(zmq::sockopt::linger, 0);
+        m_socket.set(zmq::sockopt::curve_server, true);
+        m_socket.set(zmq::sockopt::curve_secretkey, keys.secretKey);
+        m_socket.bind("tcp://127.0.0.1:*");
+        m_endpoint = m_socket.get(zmq::sockopt::last_endpoint);
+        m_thread = std::thread([this] {
+            zmq::message_t part;
+            while (!m_stop) {
+                zmq::pollitem_t item{m_socket.handle(), 0, ZMQ_POLLIN, 0};
+                zmq::poll(&item, 1, std::chrono::milliseconds(20));
+                if ((item.revents & ZMQ_POLLIN) != 0) {
+                    do {
+                        (void)m_socket.recv(part);
+                    } while (part.more());
+                    m_socket.send(zmq::str_buffer(R"({"curve":true})"));
+                }
+            }
+        });
+    }
+    ~CurveServer() {
+        m_stop = true;
+        m_thread.join();
+    }
+    const std::string& endpoint() const { return m_endpoint; }
+
+private:
+    zmq::context_t m_context;
+    zmq::socket_t m_socket;
+    std::string m_endpoint;
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+};
+
+TEST(ClientJsonApiCurve, KeysFromTheEnvironmentOrTheHostEncryptOrFailInit) {
+    if (!curveSupported()) {
+        GTEST_SKIP() << "this libzmq has no CURVE support";
+    }
+    CurveKeyPair server;
+    CurveKeyPair otherServer;
+    CurveKeyPair own;
+    ASSERT_TRUE(generateCurveKeyPair(server).ok() && generateCurveKeyPair(otherServer).ok() &&
+                generateCurveKeyPair(own).ok());
+    std::string dir = "/tmp/pimav-curve-XXXXXX";
+    ASSERT_NE(::mkdtemp(dir.data()), nullptr);
+    ASSERT_TRUE(writeCurveKeyFiles(dir + "/server", server).ok());
+    ASSERT_TRUE(writeCurveKeyFiles(dir + "/client", own).ok());
+    const std::string keyFile = dir + "/client.key";
+    const std::string typo = dir + "/servr.pub";
+
+    struct Setting {
+        std::string serverKey;
+        std::string keyFile;
+    };
+    struct Case {
+        const char* name;
+        Setting environment;
+        std::optional<Setting> host;
+        int initCode;
+        int sendCode;
+        std::string logged;  // in the first level 2 line
+    };
+    const Case cases[] = {
+        {"server key as Z85 text", {server.publicKey, keyFile}, {}, 0, 0, ""},
+        {"server key as a .pub file", {dir + "/server.pub", keyFile}, {}, 0, 0, ""},
+        {"key of another server", {otherServer.publicKey, keyFile}, {}, 0, ClientJsonApi::kErrTimeout,
+         "failed handshake(s): wrong server key, or the client key is refused"},
+        {"no key file", {server.publicKey, ""}, {}, ClientJsonApi::kErrCurveKeys, ClientJsonApi::kErrCurveKeys,
+         "init failed with -110, CURVE keys cannot be used: AVMNG_CURVE_KEYFILE missing: CURVE needs "
+         "AVMNG_CURVE_SERVER_KEY and AVMNG_CURVE_KEYFILE"},
+        {"no server key", {"", keyFile}, {}, ClientJsonApi::kErrCurveKeys, ClientJsonApi::kErrCurveKeys,
+         "AVMNG_CURVE_SERVER_KEY missing"},
+        {"server key neither a file nor Z85", {typo, keyFile}, {}, ClientJsonApi::kErrCurveKeys,
+         ClientJsonApi::kErrCurveKeys, "AVMNG_CURVE_SERVER_KEY: \"" + typo + "\" is neither"},
+        {"public file as key file", {server.publicKey, dir + "/client.pub"}, {}, ClientJsonApi::kErrCurveKeys,
+         ClientJsonApi::kErrCurveKeys, "AVMNG_CURVE_KEYFILE: " + dir + "/client.pub: line 1 must be"},
+        {"host keys over a bad environment", {typo, keyFile}, Setting{server.publicKey, keyFile}, 0, 0, ""},
+        {"bad host keys over good ones", {server.publicKey, keyFile}, Setting{server.publicKey, typo},
+         ClientJsonApi::kErrCurveKeys, ClientJsonApi::kErrCurveKeys,
+         "setCurveKeys failed with -110, CURVE keys cannot be used: key file: " + typo + ": cannot open"},
+    };
+    CurveServer curveServer(server);
+    zmq::context_t ctx;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ScopedEnv serverKey("AVMNG_CURVE_SERVER_KEY", c.environment.serverKey.c_str());
+        ScopedEnv clientKeys("AVMNG_CURVE_KEYFILE", c.environment.keyFile.c_str());
+        LogCapture capture;
+        EndpointClient client(curveServer.endpoint(), 400);
+        if (c.host) {
+            client.setCurveKeys(c.host->serverKey, c.host->keyFile);
+        }
+        EXPECT_EQ(client.init(ctx), c.initCode);
+        IpcMsg msg(5);
+        Json::Value reply;
+        EXPECT_EQ(client.sendMessage(msg, reply), c.sendCode);
+        if (c.sendCode == 0) {
+            EXPECT_EQ(reply, jsonOf(R"({"curve":true})"));
+            EXPECT_TRUE(capture.at(2).empty());
+        } else {
+            ASSERT_FALSE(capture.at(2).empty());
+            EXPECT_NE(capture.at(2)[0].find(c.logged), std::string::npos) << capture.at(2)[0];
+        }
+    }
+    std::filesystem::remove_all(dir);
 }
 
 }  // namespace
