@@ -116,8 +116,8 @@ int ClientJsonApi::applyCurveKeys(const std::string& serverKey, const std::strin
     if (!curveSupported()) {
         m_curve_problem = "this libzmq has no CURVE support";
     } else if (serverKey.empty() || keyFile.empty()) {
-        m_curve_problem = std::string(serverKey.empty() ? serverKeySource : keyFileSource) + " missing: CURVE needs " +
-                          serverKeySource + " and " + keyFileSource;
+        m_curve_problem = std::string(serverKey.empty() ? serverKeySource : keyFileSource) +
+                          " missing: CURVE needs " + serverKeySource + " and " + keyFileSource;
     } else {
         const KeyStatus server = resolveCurvePublicKey(serverKey, m_curve_server_key);
         CurveKeyPair own;
@@ -132,8 +132,8 @@ int ClientJsonApi::applyCurveKeys(const std::string& serverKey, const std::strin
             }
             m_curve_public_key = own.publicKey;
             m_curve_secret_key = own.secretKey;
-            Logger::log(5, "ClientJsonApi: CURVE with server key %s, client key %s", m_curve_server_key.c_str(),
-                        m_curve_public_key.c_str());
+            Logger::log(5, "ClientJsonApi: CURVE with server key %s, client key %s",
+                        m_curve_server_key.c_str(), m_curve_public_key.c_str());
             return 0;
         }
     }
@@ -262,10 +262,12 @@ int ClientJsonApi::awaitReply(IpcMsg& msg, int timeoutMs, std::chrono::steady_cl
         if (deadline <= now) {
             const int handshakeFailures = m_monitor->handshakeFailures();
             closeSocket();
-            std::string detail = "no reply from " + m_endpoint + " within " + std::to_string(timeoutMs) + " ms";
+            std::string detail =
+                "no reply from " + m_endpoint + " within " + std::to_string(timeoutMs) + " ms";
             if (handshakeFailures > 0) {
-                detail += "; " + std::to_string(handshakeFailures) + " failed handshake(s)" +
-                          (m_curve_server_key.empty() ? "" : ": wrong server key, or the client key is refused");
+                detail +=
+                    "; " + std::to_string(handshakeFailures) + " failed handshake(s)" +
+                    (m_curve_server_key.empty() ? "" : ": wrong server key, or the client key is refused");
             }
             return fail(kErrTimeout, &msg, detail);
         }

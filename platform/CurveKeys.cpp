@@ -5,6 +5,7 @@
 #include <unistd.h>
 #include <zmq.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -59,27 +60,29 @@ KeyStatus readKeyText(const std::string& path, std::string& text, mode_t& mode) 
     return status;
 }
 
-// Splits a file's text into lines; the last line may lack its newline.
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
+// Reads a key file of exactly `count` lines (the last one may lack its newline); `form`
+// describes them for the refusal.
+KeyStatus readKeyLines(const std::string& path, size_t count, const char* form,
+                       std::vector<std::string>& lines, mode_t& mode) {
+    std::string text;
+    KeyStatus status = readKeyText(path, text, mode);
     size_t start = 0;
-    while (start < text.size()) {
-        const size_t end = text.find('\n', start);
-        if (end == std::string::npos) {
-            lines.push_back(text.substr(start));
-            break;
-        }
+    while (status.ok() && start < text.size()) {
+        const size_t end = std::min(text.find('\n', start), text.size());
         lines.push_back(text.substr(start, end - start));
         start = end + 1;
     }
-    return lines;
+    if (status.ok() && lines.size() != count) {
+        status.error = path + ": must hold " + form + ", holds " + std::to_string(lines.size());
+    }
+    return status;
 }
 
-// "public-key=<Z85>" on `line`: the key, or the error naming the file and line.
+// "public-key=<Z85>" on line `index`: the key, or the error naming the file and line.
 bool keyLine(const std::string& path, const std::vector<std::string>& lines, size_t index, const char* prefix,
              std::string& key, std::string& error) {
     const std::string where = path + ": line " + std::to_string(index + 1) + " ";
-    if (index >= lines.size() || lines[index].rfind(prefix, 0) != 0) {
+    if (lines[index].rfind(prefix, 0) != 0) {
         error = where + "must be \"" + prefix + "<40 Z85 characters>\"";
         return false;
     }
@@ -122,7 +125,9 @@ bool writeNewFile(const std::string& path, const std::string& text, mode_t mode,
 
 }  // namespace
 
-bool curveSupported() { return zmq_has("curve") != 0; }
+bool curveSupported() {
+    return zmq_has("curve") != 0;
+}
 
 std::string z85KeyProblem(const std::string& text) {
     if (text.size() != kCurveKeyTextSize) {
@@ -134,8 +139,8 @@ std::string z85KeyProblem(const std::string& text) {
             char shown[8];
             std::snprintf(shown, sizeof shown, "\\x%02x", static_cast<unsigned char>(text[i]));
             const bool printable = text[i] > ' ' && text[i] < 127;
-            return "character '" + (printable ? std::string(1, text[i]) : std::string(shown)) + "' at position " +
-                   std::to_string(i + 1) + " is not Z85";
+            return "character '" + (printable ? std::string(1, text[i]) : std::string(shown)) +
+                   "' at position " + std::to_string(i + 1) + " is not Z85";
         }
     }
     unsigned char bytes[kCurveKeyBytes];
@@ -190,15 +195,10 @@ KeyStatus writeCurveKeyFiles(const std::string& basename, const CurveKeyPair& pa
 }
 
 KeyStatus readCurvePublicKeyFile(const std::string& path, std::string& publicKey) {
-    std::string text;
+    std::vector<std::string> lines;
     mode_t mode = 0;
-    KeyStatus status = readKeyText(path, text, mode);
+    KeyStatus status = readKeyLines(path, 1, "one line (the public key in Z85)", lines, mode);
     if (!status.ok()) {
-        return status;
-    }
-    const std::vector<std::string> lines = linesOf(text);
-    if (lines.size() != 1) {
-        status.error = path + ": must hold one line (the public key in Z85), holds " + std::to_string(lines.size());
         return status;
     }
     const std::string problem = z85KeyProblem(lines[0]);
@@ -211,19 +211,11 @@ KeyStatus readCurvePublicKeyFile(const std::string& path, std::string& publicKey
 }
 
 KeyStatus readCurveKeyFile(const std::string& path, CurveKeyPair& pair) {
-    std::string text;
+    std::vector<std::string> lines;
     mode_t mode = 0;
-    KeyStatus status = readKeyText(path, text, mode);
-    if (!status.ok()) {
-        return status;
-    }
-    const std::vector<std::string> lines = linesOf(text);
+    KeyStatus status = readKeyLines(path, 2, "two lines (public-key=, secret-key=)", lines, mode);
     CurveKeyPair read;
-    if (lines.size() > 2) {
-        status.error = path + ": must hold two lines (public-key=, secret-key=), holds " + std::to_string(lines.size());
-        return status;
-    }
-    if (!keyLine(path, lines, 0, kPublicPrefix, read.publicKey, status.error) ||
+    if (!status.ok() || !keyLine(path, lines, 0, kPublicPrefix, read.publicKey, status.error) ||
         !keyLine(path, lines, 1, kSecretPrefix, read.secretKey, status.error)) {
         return status;
     }
@@ -237,8 +229,8 @@ KeyStatus readCurveKeyFile(const std::string& path, CurveKeyPair& pair) {
         return status;
     }
     if ((mode & 077) != 0) {
-        status.warning = path + ": secret key readable by group or others (mode " + octalMode(mode) +
-                         "); chmod 600 it";
+        status.warning =
+            path + ": secret key readable by group or others (mode " + octalMode(mode) + "); chmod 600 it";
     }
     pair = std::move(read);
     return status;
@@ -251,8 +243,8 @@ KeyStatus resolveCurvePublicKey(const std::string& textOrPath, std::string& publ
     KeyStatus status;
     const std::string problem = z85KeyProblem(textOrPath);
     if (!problem.empty()) {
-        status.error = "\"" + textOrPath + "\" is neither an existing .pub file nor a public key in Z85 (it " +
-                       problem + ")";
+        status.error = "\"" + textOrPath +
+                       "\" is neither an existing .pub file nor a public key in Z85 (it " + problem + ")";
         return status;
     }
     publicKey = textOrPath;

@@ -35,7 +35,9 @@ LinkMonitor::~LinkMonitor() {
     zmq_socket_monitor(m_watched.handle(), nullptr, 0);
 }
 
-zmq::pollitem_t LinkMonitor::pollItem() { return zmq::pollitem_t{m_events.handle(), 0, ZMQ_POLLIN, 0}; }
+zmq::pollitem_t LinkMonitor::pollItem() {
+    return zmq::pollitem_t{m_events.handle(), 0, ZMQ_POLLIN, 0};
+}
 
 void LinkMonitor::readEvents() {
     // Each event is two frames: 2 bytes event id and 4 bytes value, then the endpoint.

@@ -115,9 +115,12 @@ TEST(Avmngctl, KeygenWritesAKeyPairAndUnusableKeysStopBeforeAnyExchange) {
     };
     const std::vector<Case> cases = {
         {{"keygen", base}, 2, base + ".key: already exists"},
-        {{"--server-key", base + ".pub", "--key-file", base + ".pub", "send", "51"}, 1,
-         "error -110 (CURVE keys cannot be used): key file: " + base + ".pub: line 1 must be"},
-        {{"--server-key", "nonsense", "--key-file", base + ".key", "sessions"}, 1,
+        {{"--server-key", base + ".pub", "--key-file", base + ".pub", "send", "51"},
+         1,
+         "error -110 (CURVE keys cannot be used): key file: " + base +
+             ".pub: must hold two lines (public-key=, secret-key=), holds 1"},
+        {{"--server-key", "nonsense", "--key-file", base + ".key", "sessions"},
+         1,
          "server key: \"nonsense\" is neither an existing .pub file nor a public key in Z85"},
         {{"--key-file", base + ".key", "sessions"}, 1, "server key missing"},
         // Usable keys: the request goes out and, with no daemon, times out.

@@ -32,13 +32,15 @@ public:
         for (int attempt = 0; !m_server && attempt < 20; ++attempt) {
             m_port = freePort();
             try {
-                m_server = std::make_unique<RequestServer>(m_context, "tcp://127.0.0.1:" + std::to_string(m_port));
+                m_server =
+                    std::make_unique<RequestServer>(m_context, "tcp://127.0.0.1:" + std::to_string(m_port));
             } catch (const zmq::error_t&) {
             }
         }
         if (m_server) {
             m_thread = std::thread([this] {
-                m_server->serve(m_stop, [this](const Request& r) { return m_emulator->handle(r); }, [] {}, 20);
+                m_server->serve(
+                    m_stop, [this](const Request& r) { return m_emulator->handle(r); }, [] {}, 20);
             });
         }
     }
@@ -114,7 +116,8 @@ TEST(SharedClient, EightThreadsShareOneAvMngApi) {
                     check(api.getSessionBasicInfo(id, &info) == 0 && info.m_id == id && info.m_name == name,
                           "basic info of " + name);
                     std::string sdp;
-                    check(api.getSessionSdp(id, &sdp) == 0 && sdp.find("\ns=" + name + "\n") != std::string::npos,
+                    check(api.getSessionSdp(id, &sdp) == 0 &&
+                              sdp.find("\ns=" + name + "\n") != std::string::npos,
                           "SDP of " + name);
                 }
                 std::list<unsigned long long> senders;

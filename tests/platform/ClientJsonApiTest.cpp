@@ -257,11 +257,16 @@ TEST(ClientJsonApi, BadRepliesReturnTheirCodeAndTheNextCallWorks) {
         {"empty frame", {""}, ClientJsonApi::kErrReplyNotJson, "empty text"},
         {"two frames", {"{}", "{}"}, ClientJsonApi::kErrBadReply, "has 2 frames"},
         {"three frames", {"1", "2", "3"}, ClientJsonApi::kErrBadReply, "has 3 frames"},
-        {"nested 1,001 levels", {std::string(1001, '[') + std::string(1001, ']')}, ClientJsonApi::kErrReplyNotJson,
+        {"nested 1,001 levels",
+         {std::string(1001, '[') + std::string(1001, ']')},
+         ClientJsonApi::kErrReplyNotJson,
          "stackLimit"},
         {"invalid UTF-8", {"{\"name\":\"caf\xE9\"}"}, ClientJsonApi::kErrReplyNotJson, "not UTF-8 at name"},
-        {"one byte over the size limit", {jsonOfSize(kLimit + 1)}, ClientJsonApi::kErrReplyTooLarge,
-         "dropped while the reply arrived (limit 1024 bytes)", kLimit},
+        {"one byte over the size limit",
+         {jsonOfSize(kLimit + 1)},
+         ClientJsonApi::kErrReplyTooLarge,
+         "dropped while the reply arrived (limit 1024 bytes)",
+         kLimit},
         {"exactly the size limit", {jsonOfSize(kLimit)}, 0, nullptr, kLimit},
     };
     FakeDaemon daemon;
@@ -501,25 +506,28 @@ TEST(ClientJsonApiCurve, KeysFromTheEnvironmentOrTheHostEncryptOrFailInit) {
         int sendCode;
         std::string logged;  // in the first level 2 line
     };
+    constexpr int kKeys = ClientJsonApi::kErrCurveKeys;
+    constexpr int kTimeout = ClientJsonApi::kErrTimeout;
+    const std::string environmentRefused = "init failed with -110, CURVE keys cannot be used: ";
+    // clang-format off
     const Case cases[] = {
         {"server key as Z85 text", {server.publicKey, keyFile}, {}, 0, 0, ""},
         {"server key as a .pub file", {dir + "/server.pub", keyFile}, {}, 0, 0, ""},
-        {"key of another server", {otherServer.publicKey, keyFile}, {}, 0, ClientJsonApi::kErrTimeout,
+        {"key of another server", {otherServer.publicKey, keyFile}, {}, 0, kTimeout,
          "failed handshake(s): wrong server key, or the client key is refused"},
-        {"no key file", {server.publicKey, ""}, {}, ClientJsonApi::kErrCurveKeys, ClientJsonApi::kErrCurveKeys,
-         "init failed with -110, CURVE keys cannot be used: AVMNG_CURVE_KEYFILE missing: CURVE needs "
-         "AVMNG_CURVE_SERVER_KEY and AVMNG_CURVE_KEYFILE"},
-        {"no server key", {"", keyFile}, {}, ClientJsonApi::kErrCurveKeys, ClientJsonApi::kErrCurveKeys,
-         "AVMNG_CURVE_SERVER_KEY missing"},
-        {"server key neither a file nor Z85", {typo, keyFile}, {}, ClientJsonApi::kErrCurveKeys,
-         ClientJsonApi::kErrCurveKeys, "AVMNG_CURVE_SERVER_KEY: \"" + typo + "\" is neither"},
-        {"public file as key file", {server.publicKey, dir + "/client.pub"}, {}, ClientJsonApi::kErrCurveKeys,
-         ClientJsonApi::kErrCurveKeys, "AVMNG_CURVE_KEYFILE: " + dir + "/client.pub: line 1 must be"},
+        {"no key file", {server.publicKey, ""}, {}, kKeys, kKeys,
+         environmentRefused + "AVMNG_CURVE_KEYFILE missing: CURVE needs AVMNG_CURVE_SERVER_KEY and "
+                              "AVMNG_CURVE_KEYFILE"},
+        {"no server key", {"", keyFile}, {}, kKeys, kKeys, "AVMNG_CURVE_SERVER_KEY missing"},
+        {"server key neither a file nor Z85", {typo, keyFile}, {}, kKeys, kKeys,
+         environmentRefused + "AVMNG_CURVE_SERVER_KEY: \"" + typo + "\" is neither"},
+        {"public file as key file", {server.publicKey, dir + "/client.pub"}, {}, kKeys, kKeys,
+         "AVMNG_CURVE_KEYFILE: " + dir + "/client.pub: must hold two lines"},
         {"host keys over a bad environment", {typo, keyFile}, Setting{server.publicKey, keyFile}, 0, 0, ""},
-        {"bad host keys over good ones", {server.publicKey, keyFile}, Setting{server.publicKey, typo},
-         ClientJsonApi::kErrCurveKeys, ClientJsonApi::kErrCurveKeys,
-         "setCurveKeys failed with -110, CURVE keys cannot be used: key file: " + typo + ": cannot open"},
+        {"bad host keys over good ones", {server.publicKey, keyFile}, Setting{server.publicKey, typo}, kKeys,
+         kKeys, "setCurveKeys failed with -110, CURVE keys cannot be used: key file: " + typo + ": cannot open"},
     };
+    // clang-format on
     CurveServer curveServer(server);
     zmq::context_t ctx;
     for (const Case& c : cases) {

@@ -64,7 +64,8 @@ TEST_F(CurveKeys, KeygenFilesHaveTheirFormsAndReadBack) {
     const std::string base = dir + "/client";
     ASSERT_TRUE(writeCurveKeyFiles(base, pair).ok());
     EXPECT_EQ(readText(base + ".pub"), pair.publicKey + "\n");
-    EXPECT_EQ(readText(base + ".key"), "public-key=" + pair.publicKey + "\nsecret-key=" + pair.secretKey + "\n");
+    EXPECT_EQ(readText(base + ".key"),
+              "public-key=" + pair.publicKey + "\nsecret-key=" + pair.secretKey + "\n");
     EXPECT_EQ(modeOf(base + ".key"), 0600u);
 
     CurveKeyPair back;
@@ -102,25 +103,33 @@ TEST_F(CurveKeys, ReadersRefuseAnythingButTheExactForms) {
     const Case cases[] = {
         {"key file", true, good, 0600, nullptr, nullptr},
         {"key file without the last newline", true, good.substr(0, good.size() - 1), 0400, nullptr, nullptr},
-        {"key file readable by the group", true, good, 0640, nullptr, "readable by group or others (mode 0640)"},
-        {"empty key file", true, "", 0600, "line 1 must be \"public-key=<40 Z85 characters>\"", nullptr},
-        {"secret line missing", true, "public-key=" + pub + "\n", 0600, "line 2 must be \"secret-key=", nullptr},
-        {"lines swapped", true, "secret-key=" + sec + "\npublic-key=" + pub + "\n", 0600, "line 1 must be", nullptr},
-        {"a third line", true, good + "\n", 0600, "must hold two lines", nullptr},
+        {"key file readable by the group", true, good, 0640, nullptr,
+         "readable by group or others (mode 0640)"},
+        {"empty key file", true, "", 0600, "must hold two lines (public-key=, secret-key=), holds 0",
+         nullptr},
+        {"secret line missing", true, "public-key=" + pub + "\n", 0600, "holds 1", nullptr},
+        {"secret line misnamed", true, "public-key=" + pub + "\nsecret=" + sec + "\n", 0600,
+         "line 2 must be \"secret-key=<40 Z85 characters>\"", nullptr},
+        {"lines swapped", true, "secret-key=" + sec + "\npublic-key=" + pub + "\n", 0600, "line 1 must be",
+         nullptr},
+        {"a third line", true, good + "\n", 0600, "holds 3", nullptr},
         {"CRLF line ends", true, "public-key=" + pub + "\r\nsecret-key=" + sec + "\r\n", 0600,
          "line 1 (public-key): has 41 characters, a Z85 key has 40", nullptr},
         {"short secret key", true, "public-key=" + pub + "\nsecret-key=" + sec.substr(1) + "\n", 0600,
          "line 2 (secret-key): has 39 characters", nullptr},
-        {"character outside Z85", true, "public-key=" + pub.substr(0, 6) + "~" + pub.substr(7) + "\nsecret-key=" + sec, 0600,
+        {"character outside Z85", true,
+         "public-key=" + pub.substr(0, 6) + "~" + pub.substr(7) + "\nsecret-key=" + sec, 0600,
          "character '~' at position 7 is not Z85", nullptr},
-        {"group beyond 32 bits", true, "public-key=#####" + pub.substr(5) + "\nsecret-key=" + sec + "\n", 0600,
-         "not a valid Z85 value", nullptr},
+        {"group beyond 32 bits", true, "public-key=#####" + pub.substr(5) + "\nsecret-key=" + sec + "\n",
+         0600, "not a valid Z85 value", nullptr},
         {"keys of two pairs", true, "public-key=" + other.publicKey + "\nsecret-key=" + sec + "\n", 0600,
          "public-key does not belong to secret-key", nullptr},
-        {"key file too large", true, good + std::string(2000, '#'), 0600, "too large for a key file", nullptr},
+        {"key file too large", true, good + std::string(2000, '#'), 0600, "too large for a key file",
+         nullptr},
         {"public file", false, pub + "\n", 0644, nullptr, nullptr},
         {"public file without newline", false, pub, 0644, nullptr, nullptr},
-        {"empty public file", false, "", 0644, "must hold one line (the public key in Z85), holds 0", nullptr},
+        {"empty public file", false, "", 0644, "must hold one line (the public key in Z85), holds 0",
+         nullptr},
         {"two public keys", false, pub + "\n" + other.publicKey + "\n", 0644, "holds 2", nullptr},
         {"public file with a space", false, pub + " \n", 0644, "has 41 characters", nullptr},
         {"secret file given as public", false, good, 0644, "holds 2", nullptr},
@@ -146,7 +155,8 @@ TEST_F(CurveKeys, ReadersRefuseAnythingButTheExactForms) {
     }
     CurveKeyPair unused;
     EXPECT_NE(readCurveKeyFile(dir, unused).error.find("not a regular file"), std::string::npos);
-    EXPECT_NE(readCurveKeyFile(dir + "/absent.key", unused).error.find("cannot open (No such file"), std::string::npos);
+    EXPECT_NE(readCurveKeyFile(dir + "/absent.key", unused).error.find("cannot open (No such file"),
+              std::string::npos);
 }
 
 TEST_F(CurveKeys, PublicKeyIsAPubFileOrZ85Text) {
