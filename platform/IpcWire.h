@@ -12,7 +12,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 
 namespace pimav::detail {
@@ -53,32 +52,14 @@ inline std::string renderDocument(const Json::Value& document) {
 }
 
 // Parses one JSON document that must fill the whole text (trailing garbage is an
-// error). On failure `document` is untouched and `errors` (if given) says why.
-inline bool parseDocument(const char* begin, size_t size, Json::Value& document,
-                          std::string* errors = nullptr) {
-    static const Json::CharReaderBuilder builder = [] {
-        Json::CharReaderBuilder b;
-        b["failIfExtra"] = true;
-        b["collectComments"] = false;
-        return b;
-    }();
-    if (begin == nullptr || size == 0) {
-        if (errors != nullptr) {
-            *errors = "empty text";
-        }
-        return false;
-    }
-    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    Json::Value parsed;
-    std::string why;
-    if (!reader->parse(begin, begin + size, &parsed, &why)) {
-        if (errors != nullptr) {
-            *errors = why;
-        }
-        return false;
-    }
-    document.swap(parsed);
-    return true;
-}
+// error) and whose strings and member names are valid UTF-8 (raw or from \u escapes).
+// Never throws: a document nested beyond the reader's depth limit, or one that cannot be
+// held in memory, is a failure like any other. On failure `document` is untouched and
+// `errors` (if given) says why.
+bool parseDocument(const char* begin, size_t size, Json::Value& document, std::string* errors = nullptr);
+
+// Where `value` holds text that is not valid UTF-8 ("sessions[0].name", "<root>",
+// "sessions[0].<member name>"); empty when every string is valid.
+std::string firstInvalidUtf8(const Json::Value& value);
 
 }  // namespace pimav::detail

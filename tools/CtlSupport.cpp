@@ -175,18 +175,13 @@ Failure::Failure(int code, const std::string& detail)
                                   : detail),
       m_status(code < 0 ? 1 : code) {}
 
-CtlJsonApi::CtlJsonApi(const std::string& host, uint32_t port, int timeoutMs) : m_timeout_ms(timeoutMs) {
+CtlJsonApi::CtlJsonApi(const std::string& host, uint32_t port, int timeoutMs) {
     ipcHost = host;
     ipcPort = port;
+    setClientTimeoutMs(timeoutMs);
 }
 
 int CtlJsonApi::init(zmq::context_t& context) { return AvMngApiJson::init(context); }
-
-int CtlJsonApi::lastError() {
-    ErrorReport report;
-    getLastErrorMessage(report);
-    return report.code < 0 ? report.code : ClientJsonApi::kErrConnect;
-}
 
 Json::Value CtlJsonApi::call(unsigned id, Json::Value& request, bool hasRequest) {
     if (id >= Aes67Commands::kCommandCount) {

@@ -34,17 +34,12 @@ std::string describeCode(int code);
 class CtlJsonApi : public AvMngApiJson {
 public:
     CtlJsonApi(const std::string& host, uint32_t port, int timeoutMs);
-    int getClientTimeout() override { return m_timeout_ms; }
     int init(zmq::context_t& context);
-    int lastError();
 
     // Sends command `id` through its pass-through method (ids 1 and 42, which have none,
     // through the transport directly). Throws Failure on a transport failure or when the
     // reply carries an "error" member; returns the reply.
     Json::Value call(unsigned id, Json::Value& request, bool hasRequest);
-
-private:
-    int m_timeout_ms;
 };
 
 // Command id of a decimal number, a method name (getSessionSdp) or an enum name

@@ -1,7 +1,9 @@
 // avmngctl: command-line client of the AV manager daemon (or of avmng-emulator).
 //
-//   avmngctl [--host H] [--port P] [--timeout MS] [--compact] send <id|name> [JSON|@file]
+//   avmngctl [--host H] [--port P] [--timeout MS] [--server-key KEY --key-file FILE] [--compact]
+//            send <id|name> [JSON|@file]
 //   avmngctl commands
+//   avmngctl keygen BASENAME
 //   avmngctl sessions | advertised | clock | files | alarms
 //   avmngctl add-source FILE.json | add-destination FILE.json
 //   avmngctl remove ID | sdp ID | save POS NAME [--startup] | load POS|default
@@ -21,6 +23,7 @@
 
 #include "CtlSupport.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/CurveKeys.h"
 
 using namespace pimav::detail;
 
@@ -60,6 +63,27 @@ Json::Value readRecordFile(const std::string& path) {
     return doc;
 }
 
+// Writes BASENAME.pub and BASENAME.key (mode 0600) for a new CURVE key pair.
+void keygen(const std::string& basename) {
+    CurveKeyPair pair;
+    KeyStatus status = generateCurveKeyPair(pair);
+    if (status.ok()) {
+        status = writeCurveKeyFiles(basename, pair);
+    }
+    if (!status.ok()) {
+        throw Failure(2, status.error);
+    }
+    std::cout << "wrote " << basename << ".pub and " << basename << ".key\n";
+}
+
+// A failed library call: its code and the detail it reported (Failure adds the code's text).
+Failure failureOf(CtlJsonApi& api, int code) {
+    ErrorReport report;
+    api.getLastErrorMessage(report);
+    const std::string known = std::string(ClientJsonApi::describeError(code)) + ": ";
+    return Failure(code, report.text.rfind(known, 0) == 0 ? report.text.substr(known.size()) : report.text);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -72,8 +96,15 @@ int main(int argc, char** argv) {
     bool verbose = false;
     app.add_option("--host", host, "daemon host")->capture_default_str();
     app.add_option("--port", port, "daemon TCP port")->capture_default_str();
-    app.add_option("--timeout", timeoutMs, "reply time limit in milliseconds")->capture_default_str()->check(
-        CLI::PositiveNumber);
+    app.add_option("--timeout", timeoutMs, "reply time limit in milliseconds")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber)
+        ->envname("AVMNG_TIMEOUT_MS");
+    std::string serverKey;
+    std::string keyFile;
+    app.add_option("--server-key", serverKey, "CURVE: the daemon's public key (Z85 text or a .pub file)")
+        ->envname("AVMNG_CURVE_SERVER_KEY");
+    app.add_option("--key-file", keyFile, "CURVE: this client's .key file")->envname("AVMNG_CURVE_KEYFILE");
     app.add_flag("--compact", compact, "print replies as one line");
     app.add_flag("-v,--verbose", verbose, "show the library's log lines");
 
@@ -84,6 +115,10 @@ int main(int argc, char** argv) {
     send->add_option("request", document, "request document as JSON text or @file");
 
     app.add_subcommand("commands", "list the command ids with their descriptions");
+    std::string keyBase;
+    app.add_subcommand("keygen", "write a new CURVE key pair to BASENAME.pub and BASENAME.key")
+        ->add_option("basename", keyBase, "path without the extension")
+        ->required();
     app.add_subcommand("sessions", "list sender and receiver sessions");
     app.add_subcommand("advertised", "list advertised sessions");
     std::string file;
@@ -125,10 +160,21 @@ int main(int argc, char** argv) {
             printCommands(std::cout);
             return 0;
         }
+        if (verb == "keygen") {
+            keygen(keyBase);
+            return 0;
+        }
         zmq::context_t context(1);
         CtlJsonApi api(host, static_cast<uint32_t>(port), timeoutMs);
-        if (api.init(context) < 0) {
-            throw Failure(api.lastError(), "cannot prepare the link to " + api.getIpcConnectAddress());
+        if (!serverKey.empty() || !keyFile.empty()) {
+            const int rc = api.setCurveKeys(serverKey, keyFile);
+            if (rc < 0) {
+                throw failureOf(api, rc);
+            }
+        }
+        const int rc = api.init(context);
+        if (rc < 0) {
+            throw failureOf(api, rc);
         }
         Json::Value reply;
         if (verb == "send") {

@@ -1,6 +1,8 @@
 // avmngctl as a process: exit status and output for success and failure.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <zmq.h>
 
 #include <chrono>
 #include <fstream>
@@ -91,6 +93,47 @@ TEST(Avmngctl, NoDaemonFailsWithinItsTimeout) {
     EXPECT_EQ(r.status, 1);
     EXPECT_NE(r.err.find("error -105"), std::string::npos) << r.err;
     EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count(), 5000);
+}
+
+TEST(Avmngctl, KeygenWritesAKeyPairAndUnusableKeysStopBeforeAnyExchange) {
+    if (zmq_has("curve") == 0) {
+        GTEST_SKIP() << "this libzmq has no CURVE support";
+    }
+    const std::string base = makeTempDir("keygen") + "/host";
+    const auto made = run({ctl(), "keygen", base});
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(made.out, "wrote " + base + ".pub and " + base + ".key\n");
+    struct stat st {};
+    ASSERT_EQ(::stat((base + ".key").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+
+    const std::string port = std::to_string(freeLoopbackPort());
+    struct Case {
+        std::vector<std::string> args;
+        int status;
+        std::string text;
+    };
+    const std::vector<Case> cases = {
+        {{"keygen", base}, 2, base + ".key: already exists"},
+        {{"--server-key", base + ".pub", "--key-file", base + ".pub", "send", "51"},
+         1,
+         "error -110 (CURVE keys cannot be used): key file: " + base +
+             ".pub: must hold two lines (public-key=, secret-key=), holds 1"},
+        {{"--server-key", "nonsense", "--key-file", base + ".key", "sessions"},
+         1,
+         "server key: \"nonsense\" is neither an existing .pub file nor a public key in Z85"},
+        {{"--key-file", base + ".key", "sessions"}, 1, "server key missing"},
+        // Usable keys: the request goes out and, with no daemon, times out.
+        {{"--server-key", base + ".pub", "--key-file", base + ".key", "sessions"}, 1, "error -105"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> argv = {ctl(), "--port", port, "--timeout", "300"};
+        argv.insert(argv.end(), c.args.begin(), c.args.end());
+        const auto r = run(argv);
+        EXPECT_EQ(r.status, c.status) << c.text << ": " << r.err;
+        EXPECT_NE(r.err.find(c.text), std::string::npos) << r.err;
+        EXPECT_EQ(countLines(r.err), 1u) << r.err;
+    }
 }
 
 TEST(Avmngctl, TypedVerbsWalkASessionThroughItsLife) {

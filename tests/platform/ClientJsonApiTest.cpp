@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -8,10 +11,12 @@
 #include <zmq.hpp>
 
 #include "pimAvMngApi/platform/ClientJsonApi.h"
+#include "platform/CurveKeys.h"
 #include "platform/IpcWire.h"
 #include "support/FakeDaemon.h"
 #include "support/JsonText.h"
 #include "support/LogCapture.h"
+#include "support/ScopedEnv.h"
 
 using namespace pimav::detail;
 
@@ -62,16 +67,37 @@ TEST(IpcWire, CommandIdIsFourLittleEndianBytes) {
 TEST(IpcWire, DocumentsAreCompactAndParsingIsStrict) {
     EXPECT_EQ(renderDocument(jsonOf(R"({"b": [1, 2], "a": {"x": "y"}})")),
               R"({"a":{"x":"y"},"b":[1,2]})");
-    Json::Value doc = "keep";
-    std::string why;
-    for (const std::string bad : {"", "{", "{} trailing", "not json", "{\"a\":1}{}"}) {
-        EXPECT_FALSE(parseDocument(bad.data(), bad.size(), doc, &why)) << bad;
-        EXPECT_FALSE(why.empty()) << bad;
-        EXPECT_EQ(doc, Json::Value("keep")) << bad;
+    struct Case {
+        std::string text;
+        const char* refusal;  // nullptr: accepted
+    };
+    const Case cases[] = {
+        {"", "empty text"},
+        {"{", "Line 1"},
+        {"{} trailing", "Extra non-whitespace"},
+        {"{\"a\":1}{}", "Extra non-whitespace"},
+        {" {\"a\":1}\n", nullptr},
+        // Strings must be UTF-8: the longest sequences, the highest code points...
+        {"[\"\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF\"]", nullptr},
+        {R"(["\ud834\udd1e"])", nullptr},
+        // ...and nothing else: overlong forms, surrogates, beyond U+10FFFF, cut short.
+        {"[\"ok\",\"\xC0\x80\"]", "not UTF-8 at [1]"},
+        {"{\"a\":{\"b\":\"\xE0\x9F\xBF\"}}", "not UTF-8 at a.b"},
+        {"[\"\xED\xA0\x80\"]", "not UTF-8 at [0]"},
+        {R"({"s":["\udc00"]})", "not UTF-8 at s[0]"},
+        {"\"\xF4\x90\x80\x80\"", "not UTF-8 at <root>"},
+        {"[\"\xE2\x82\"]", "not UTF-8"},
+        {"{\"x\":{\"\xFF\":1}}", "not UTF-8 at x.<member name>"},
+    };
+    for (const Case& c : cases) {
+        Json::Value doc = "keep";
+        std::string why;
+        EXPECT_EQ(parseDocument(c.text.data(), c.text.size(), doc, &why), c.refusal == nullptr) << c.text;
+        if (c.refusal != nullptr) {
+            EXPECT_NE(why.find(c.refusal), std::string::npos) << c.text << ": " << why;
+            EXPECT_EQ(doc, Json::Value("keep")) << c.text;
+        }
     }
-    const std::string ok = " {\"a\":1}\n";
-    ASSERT_TRUE(parseDocument(ok.data(), ok.size(), doc));
-    EXPECT_EQ(doc["a"].asInt(), 1);
 }
 
 TEST(ClientJsonApi, ErrorCodesAreDistinctNamedAndBelowLibraryCodes) {
@@ -80,13 +106,14 @@ TEST(ClientJsonApi, ErrorCodesAreDistinctNamedAndBelowLibraryCodes) {
     for (int code :
          {ClientJsonApi::kErrNotInitialised, ClientJsonApi::kErrSocket, ClientJsonApi::kErrConnect,
           ClientJsonApi::kErrSendFailed, ClientJsonApi::kErrTimeout, ClientJsonApi::kErrReceiveFailed,
-          ClientJsonApi::kErrBadReply, ClientJsonApi::kErrReplyNotJson}) {
+          ClientJsonApi::kErrBadReply, ClientJsonApi::kErrReplyNotJson, ClientJsonApi::kErrReplyTooLarge,
+          ClientJsonApi::kErrCurveKeys}) {
         EXPECT_LT(code, -23);
         codes.insert(code);
         texts.insert(ClientJsonApi::describeError(code));
     }
-    EXPECT_EQ(codes.size(), 8u);
-    EXPECT_EQ(texts.size(), 8u);
+    EXPECT_EQ(codes.size(), 10u);
+    EXPECT_EQ(texts.size(), 10u);
     EXPECT_EQ(texts.count(ClientJsonApi::describeError(-7)), 0u);
 }
 
@@ -213,27 +240,102 @@ TEST(ClientJsonApi, NoDaemonAtAllTimesOutWithoutHanging) {
     EXPECT_EQ(capture.at(2).size(), 2u);
 }
 
-TEST(ClientJsonApi, MalformedRepliesAreRejectedAndTheSocketStaysUsable) {
+// Replies that must not break the client: each returns its code, within a time far below
+// the client's limit, and the next exchange on the same object works.
+TEST(ClientJsonApi, BadRepliesReturnTheirCodeAndTheNextCallWorks) {
+    constexpr int64_t kLimit = 1024;
+    const auto jsonOfSize = [](size_t size) { return "\"" + std::string(size - 2, 'x') + "\""; };
+    struct Case {
+        const char* name;
+        std::vector<std::string> frames;
+        int code;
+        const char* logged;  // in the level 2 line
+        int64_t maxReplyBytes = ClientJsonApi::kDefaultMaxReplyBytes;
+    };
+    const Case cases[] = {
+        {"not JSON", {"<html>"}, ClientJsonApi::kErrReplyNotJson, "reply is not a JSON document"},
+        {"empty frame", {""}, ClientJsonApi::kErrReplyNotJson, "empty text"},
+        {"two frames", {"{}", "{}"}, ClientJsonApi::kErrBadReply, "has 2 frames"},
+        {"three frames", {"1", "2", "3"}, ClientJsonApi::kErrBadReply, "has 3 frames"},
+        {"nested 1,001 levels",
+         {std::string(1001, '[') + std::string(1001, ']')},
+         ClientJsonApi::kErrReplyNotJson,
+         "stackLimit"},
+        {"invalid UTF-8", {"{\"name\":\"caf\xE9\"}"}, ClientJsonApi::kErrReplyNotJson, "not UTF-8 at name"},
+        {"one byte over the size limit",
+         {jsonOfSize(kLimit + 1)},
+         ClientJsonApi::kErrReplyTooLarge,
+         "dropped while the reply arrived (limit 1024 bytes)",
+         kLimit},
+        {"exactly the size limit", {jsonOfSize(kLimit)}, 0, nullptr, kLimit},
+    };
     FakeDaemon daemon;
-    daemon.sendNonJson("<html>");
-    daemon.queue(FakeDaemon::Action::raw(""));
-    daemon.queue(FakeDaemon::Action::rawFrames({"{}", "{}"}));
-    daemon.queue(FakeDaemon::Action::rawFrames({"1", "2", "3"}));
-    daemon.replyWith(jsonOf("[1,2]"));
     zmq::context_t ctx;
     EndpointClient client(daemon.endpoint());
+    client.setClientTimeoutMs(20000);
     ASSERT_EQ(client.init(ctx), 0);
-    LogCapture capture;
-    IpcMsg msg(22);
-    Json::Value reply = "untouched";
-    EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrReplyNotJson);
-    EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrReplyNotJson);
-    EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrBadReply);
-    EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrBadReply);
-    EXPECT_EQ(reply, Json::Value("untouched"));
-    EXPECT_EQ(capture.at(2).size(), 4u);
-    EXPECT_EQ(client.sendMessage(msg, reply), 0);
-    EXPECT_EQ(reply, jsonOf("[1,2]"));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        client.setMaxReplyBytes(c.maxReplyBytes);
+        daemon.queue(FakeDaemon::Action::rawFrames(c.frames));
+        daemon.queueReply(jsonOf(R"({"next":true})"));
+        LogCapture capture;
+        IpcMsg msg(22);
+        Json::Value reply = "untouched";
+        const auto start = Clock::now();
+        EXPECT_EQ(client.sendMessage(msg, reply), c.code);
+        EXPECT_LT(msSince(start), 5000);
+        if (c.code < 0) {
+            EXPECT_EQ(reply, Json::Value("untouched"));
+            ASSERT_EQ(capture.at(2).size(), 1u);
+            EXPECT_NE(capture.at(2)[0].find(c.logged), std::string::npos) << capture.at(2)[0];
+        }
+        ASSERT_EQ(client.sendMessage(msg, reply), 0);
+        EXPECT_EQ(reply, jsonOf(R"({"next":true})"));
+    }
+}
+
+// Precedence of the reply time limit: the host's setter, then AVMNG_TIMEOUT_MS, then the
+// hook (whose result <= 0 means the default).
+TEST(ClientJsonApi, TimeLimitComesFromTheHostThenTheEnvironmentThenTheHook) {
+    struct Case {
+        const char* environment;  // nullptr: unset
+        int hostSetting;          // -1: the setter is not called
+        int hook;
+        int expected;
+        bool refusalLogged;
+    };
+    const Case cases[] = {
+        {nullptr, -1, 3000, 3000, false},
+        {nullptr, -1, 0, ClientJsonApi::kDefaultClientTimeoutMs, false},
+        {"300", -1, 3000, 300, false},
+        {"300", 700, 3000, 700, false},
+        {"300", 0, 3000, 3000, false},
+        {"2147483647", -1, 3000, 2147483647, false},
+        {"", -1, 3000, 3000, false},
+        {"abc", -1, 3000, 3000, true},
+        {"0", -1, 3000, 3000, true},
+        {"-300", -1, 3000, 3000, true},
+        {"300ms", -1, 3000, 3000, true},
+        {"2147483648", -1, 3000, 3000, true},
+        {"99999999999999999999", -1, 3000, 3000, true},
+    };
+    zmq::context_t ctx;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.environment ? c.environment : "(unset)") + " host " +
+                     std::to_string(c.hostSetting));
+        ScopedEnv env("AVMNG_TIMEOUT_MS", c.environment);
+        LogCapture capture;
+        EndpointClient client(deadEndpoint(), c.hook);
+        if (c.hostSetting >= 0) {
+            client.setClientTimeoutMs(c.hostSetting);
+        }
+        ASSERT_EQ(client.init(ctx), 0);
+        EXPECT_EQ(client.clientTimeoutMs(), c.expected);
+        EXPECT_EQ(capture.count("AVMNG_TIMEOUT_MS=\"" + std::string(c.environment ? c.environment : "") +
+                                "\" ignored: not a time limit in milliseconds"),
+                  c.refusalLogged ? 1u : 0u);
+    }
 }
 
 TEST(ClientJsonApi, DaemonRefusalsBecomeTheirNegativeCode) {
@@ -331,6 +433,125 @@ TEST(ClientJsonApi, ConcurrentCallsOnOneObjectEachGetTheirOwnReply) {
     }
     EXPECT_EQ(mismatches, std::vector<int>(kThreads, 0));
     EXPECT_EQ(daemon.requestCount(), static_cast<size_t>(kThreads * kCalls));
+}
+
+}  // namespace
+
+namespace {
+
+// A CURVE REP server on loopback that answers {"curve":true} to every request. Without a
+// ZAP handler libzmq admits any client key; a client with the wrong server key fails the
+// handshake.
+class CurveServer {
+public:
+    explicit CurveServer(const CurveKeyPair& keys) : m_socket(m_context, zmq::socket_type::rep) {
+        m_socket.set(zmq::sockopt::linger, 0);
+        m_socket.set(zmq::sockopt::curve_server, true);
+        m_socket.set(zmq::sockopt::curve_secretkey, keys.secretKey);
+        m_socket.bind("tcp://127.0.0.1:*");
+        m_endpoint = m_socket.get(zmq::sockopt::last_endpoint);
+        m_thread = std::thread([this] {
+            zmq::message_t part;
+            while (!m_stop) {
+                zmq::pollitem_t item{m_socket.handle(), 0, ZMQ_POLLIN, 0};
+                zmq::poll(&item, 1, std::chrono::milliseconds(20));
+                if ((item.revents & ZMQ_POLLIN) != 0) {
+                    do {
+                        (void)m_socket.recv(part);
+                    } while (part.more());
+                    m_socket.send(zmq::str_buffer(R"({"curve":true})"));
+                }
+            }
+        });
+    }
+    ~CurveServer() {
+        m_stop = true;
+        m_thread.join();
+    }
+    const std::string& endpoint() const { return m_endpoint; }
+
+private:
+    zmq::context_t m_context;
+    zmq::socket_t m_socket;
+    std::string m_endpoint;
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+};
+
+TEST(ClientJsonApiCurve, KeysFromTheEnvironmentOrTheHostEncryptOrFailInit) {
+    if (!curveSupported()) {
+        GTEST_SKIP() << "this libzmq has no CURVE support";
+    }
+    CurveKeyPair server;
+    CurveKeyPair otherServer;
+    CurveKeyPair own;
+    ASSERT_TRUE(generateCurveKeyPair(server).ok() && generateCurveKeyPair(otherServer).ok() &&
+                generateCurveKeyPair(own).ok());
+    std::string dir = "/tmp/pimav-curve-XXXXXX";
+    ASSERT_NE(::mkdtemp(dir.data()), nullptr);
+    ASSERT_TRUE(writeCurveKeyFiles(dir + "/server", server).ok());
+    ASSERT_TRUE(writeCurveKeyFiles(dir + "/client", own).ok());
+    const std::string keyFile = dir + "/client.key";
+    const std::string typo = dir + "/servr.pub";
+
+    struct Setting {
+        std::string serverKey;
+        std::string keyFile;
+    };
+    struct Case {
+        const char* name;
+        Setting environment;
+        std::optional<Setting> host;
+        int initCode;
+        int sendCode;
+        std::string logged;  // in the first level 2 line
+    };
+    constexpr int kKeys = ClientJsonApi::kErrCurveKeys;
+    constexpr int kTimeout = ClientJsonApi::kErrTimeout;
+    const std::string environmentRefused = "init failed with -110, CURVE keys cannot be used: ";
+    // clang-format off
+    const Case cases[] = {
+        {"server key as Z85 text", {server.publicKey, keyFile}, {}, 0, 0, ""},
+        {"server key as a .pub file", {dir + "/server.pub", keyFile}, {}, 0, 0, ""},
+        {"key of another server", {otherServer.publicKey, keyFile}, {}, 0, kTimeout,
+         "failed handshake(s): wrong server key, or the client key is refused"},
+        {"no key file", {server.publicKey, ""}, {}, kKeys, kKeys,
+         environmentRefused + "AVMNG_CURVE_KEYFILE missing: CURVE needs AVMNG_CURVE_SERVER_KEY and "
+                              "AVMNG_CURVE_KEYFILE"},
+        {"no server key", {"", keyFile}, {}, kKeys, kKeys, "AVMNG_CURVE_SERVER_KEY missing"},
+        {"server key neither a file nor Z85", {typo, keyFile}, {}, kKeys, kKeys,
+         environmentRefused + "AVMNG_CURVE_SERVER_KEY: \"" + typo + "\" is neither"},
+        {"public file as key file", {server.publicKey, dir + "/client.pub"}, {}, kKeys, kKeys,
+         "AVMNG_CURVE_KEYFILE: " + dir + "/client.pub: must hold two lines"},
+        {"host keys over a bad environment", {typo, keyFile}, Setting{server.publicKey, keyFile}, 0, 0, ""},
+        {"bad host keys over good ones", {server.publicKey, keyFile}, Setting{server.publicKey, typo}, kKeys,
+         kKeys, "setCurveKeys failed with -110, CURVE keys cannot be used: key file: " + typo + ": cannot open"},
+    };
+    // clang-format on
+    CurveServer curveServer(server);
+    zmq::context_t ctx;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ScopedEnv serverKey("AVMNG_CURVE_SERVER_KEY", c.environment.serverKey.c_str());
+        ScopedEnv clientKeys("AVMNG_CURVE_KEYFILE", c.environment.keyFile.c_str());
+        LogCapture capture;
+        EndpointClient client(curveServer.endpoint(), 400);
+        if (c.host) {
+            client.setCurveKeys(c.host->serverKey, c.host->keyFile);
+        }
+        EXPECT_EQ(client.init(ctx), c.initCode);
+        IpcMsg msg(5);
+        Json::Value reply;
+        EXPECT_EQ(client.sendMessage(msg, reply), c.sendCode);
+        if (c.sendCode == 0) {
+            EXPECT_EQ(reply, jsonOf(R"({"curve":true})"));
+            EXPECT_TRUE(capture.at(2).empty());
+        } else {
+            ASSERT_FALSE(capture.at(2).empty());
+            EXPECT_NE(capture.at(2)[0].find(c.logged), std::string::npos) << capture.at(2)[0];
+        }
+    }
+    std::filesystem::remove_all(dir);
 }
 
 }  // namespace
