@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <ctime>
 
-#include "AtomicFile.h"
+#include "common/AtomicFile.h"
 #include "EmulatorSupport.h"
 #include "api/CommandTable.h"
 #include "pimAvMngApi/device/BoardModel.h"

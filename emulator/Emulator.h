@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "RequestServer.h"
+#include "common/RequestServer.h"
 #include "pimAvMngApi/api/Aes67Commands.h"
 #include "pimAvMngApi/adv/AdvSessions.h"
 #include "pimAvMngApi/device/CfgFileTable.h"

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <ctime>
 
-#include "AtomicFile.h"
+#include "common/AtomicFile.h"
 #include "Emulator.h"
 #include "EmulatorSupport.h"
 #include "pimAvMngApi/platform/Logger.h"

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "Emulator.h"
-#include "RequestServer.h"
+#include "common/RequestServer.h"
 
 namespace pimav::detail {
 

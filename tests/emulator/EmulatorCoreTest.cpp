@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <fstream>
 
-#include "AtomicFile.h"
+#include "common/AtomicFile.h"
 #include "Emulator.h"
-#include "RequestServer.h"
+#include "common/RequestServer.h"
 #include "support/CommandRows.h"
 #include "support/LogCapture.h"
 
