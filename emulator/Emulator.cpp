@@ -8,6 +8,7 @@
 #include <ctime>
 
 #include "common/AtomicFile.h"
+#include "common/ModuleOption.h"
 #include "EmulatorSupport.h"
 #include "api/CommandTable.h"
 #include "pimAvMngApi/device/BoardModel.h"
@@ -99,33 +100,12 @@ void Emulator::applyBoard() {
         throw std::runtime_error("unknown board model " + m_options.board);
     }
     BitstreamType::module_t module = BitstreamType::MODULE_NA;
-    static const struct {
-        const char* name;
-        BitstreamType::module_t value;
-    } kModules[] = {
-        {"MODULE_SDI_TR04", BitstreamType::MODULE_SDI_TR04},
-        {"MODULE_SDI_ST2110", BitstreamType::MODULE_SDI_ST2110},
-        {"MODULE_HDMI_ST2110", BitstreamType::MODULE_HDMI_ST2110},
-        {"MODULE_SDI_BIDIR_ST2110", BitstreamType::MODULE_SDI_BIDIR_ST2110},
-        {"MODULE_NA", BitstreamType::MODULE_NA},
-    };
-    bool known = false;
-    for (const auto& m : kModules) {
-        if (m_options.module == m.name || m_options.module == BitstreamType::toString(m.value)) {
-            module = m.value;
-            known = true;
-        }
-    }
-    if (!known) {
+    if (!moduleFromOption(m_options.module, module)) {
         throw std::runtime_error("unknown board module " + m_options.module);
     }
     // Normalise the option texts to the enumerator names used for file prefixes.
     m_options.board = boardModelTypeToString(model);
-    for (const auto& m : kModules) {
-        if (m.value == module) {
-            m_options.module = m.name;
-        }
-    }
+    m_options.module = moduleOptionName(module);
     SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, module));
     SystemDefaultCfg::getInstance()->setCfgFilePath(m_options.configDir);
 }

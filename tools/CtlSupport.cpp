@@ -1,10 +1,8 @@
 #include "CtlSupport.h"
 
 #include <cstdlib>
-#include <fstream>
 #include <iomanip>
 #include <memory>
-#include <sstream>
 
 #include "api/CommandTable.h"
 
@@ -146,17 +144,6 @@ std::string renderJson(const Json::Value& value, bool pretty) {
     builder["indentation"] = pretty ? "  " : "";
     builder["emitUTF8"] = true;
     return Json::writeString(builder, value);
-}
-
-bool readFile(const std::string& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    return true;
 }
 
 bool parseJson(const std::string& text, Json::Value& doc, std::string& errors) {

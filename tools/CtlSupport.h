@@ -52,7 +52,6 @@ int commandIdOf(const std::string& text);
 void printCommands(std::ostream& out);
 
 std::string renderJson(const Json::Value& value, bool pretty);
-bool readFile(const std::string& path, std::string& text);
 bool parseJson(const std::string& text, Json::Value& doc, std::string& errors);
 
 // Typed verbs.

@@ -20,6 +20,7 @@
 #include <CLI/CLI.hpp>
 
 #include "CtlSupport.h"
+#include "common/AtomicFile.h"
 #include "pimAvMngApi/platform/Logger.h"
 
 using namespace pimav::detail;
@@ -35,7 +36,7 @@ Json::Value readDocumentArgument(const std::string& arg) {
     }
     std::string text = arg;
     if (arg[0] == '@') {
-        if (!readFile(arg.substr(1), text)) {
+        if (!readWholeFile(arg.substr(1), text)) {
             throw Failure(2, "cannot read " + arg.substr(1));
         }
     }
@@ -49,7 +50,7 @@ Json::Value readDocumentArgument(const std::string& arg) {
 
 Json::Value readRecordFile(const std::string& path) {
     std::string text;
-    if (!readFile(path, text)) {
+    if (!readWholeFile(path, text)) {
         throw Failure(2, "cannot read " + path);
     }
     Json::Value doc;

@@ -11,27 +11,19 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
-#include <sstream>
 
 #include <CLI/CLI.hpp>
 
+#include "common/AtomicFile.h"
+#include "common/ModuleOption.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
-namespace {
+using namespace pimav::detail;
 
-bool readFile(const std::string& path, std::string& text) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        return false;
-    }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    text = buffer.str();
-    return true;
-}
+namespace {
 
 std::string render(const Json::Value& value) {
     Json::StreamWriterBuilder builder;
@@ -39,32 +31,10 @@ std::string render(const Json::Value& value) {
     return Json::writeString(builder, value);
 }
 
-// Accepts the module's enumerator name (MODULE_SDI_BIDIR_ST2110) or its word
-// (SDI-BIDIR-ST2110).
-bool moduleFromText(const std::string& text, BitstreamType::module_t& module) {
-    static const struct {
-        const char* name;
-        BitstreamType::module_t value;
-    } kModules[] = {
-        {"MODULE_SDI_TR04", BitstreamType::MODULE_SDI_TR04},
-        {"MODULE_SDI_ST2110", BitstreamType::MODULE_SDI_ST2110},
-        {"MODULE_HDMI_ST2110", BitstreamType::MODULE_HDMI_ST2110},
-        {"MODULE_SDI_BIDIR_ST2110", BitstreamType::MODULE_SDI_BIDIR_ST2110},
-        {"MODULE_NA", BitstreamType::MODULE_NA},
-    };
-    for (const auto& m : kModules) {
-        if (text == m.name || text == BitstreamType::toString(m.value)) {
-            module = m.value;
-            return true;
-        }
-    }
-    return false;
-}
-
 // Parses one SDP text; prints the user messages of a refusal. Returns the parser's result.
 int parseFile(const std::string& path, SdpConverter& converter, bool quietOk) {
     std::string text;
-    if (!readFile(path, text)) {
+    if (!readWholeFile(path, text)) {
         std::cerr << path << ": cannot read" << std::endl;
         return -2;
     }
@@ -134,7 +104,7 @@ int main(int argc, char** argv) {
         }
         if (!module.empty()) {
             BitstreamType::module_t value = BitstreamType::MODULE_NA;
-            if (!moduleFromText(module, value)) {
+            if (!moduleFromOption(module, value)) {
                 std::cerr << "sdptool: unknown module " << module << std::endl;
                 return 2;
             }
@@ -171,7 +141,7 @@ int main(int argc, char** argv) {
     }
     // gen
     std::string text;
-    if (!readFile(file, text)) {
+    if (!readWholeFile(file, text)) {
         std::cerr << file << ": cannot read" << std::endl;
         return 2;
     }
