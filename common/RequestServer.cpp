@@ -19,8 +19,8 @@ Json::Value errorReply(int code, const std::string& message, const std::vector<s
 
 Request decodeRequest(const std::vector<std::string>& frames) {
     if (frames.size() != 2) {
-        throw CommandError(kUnreadableRequest,
-                           "expected 2 frames (command id, request document), got " + std::to_string(frames.size()));
+        throw CommandError(kUnreadableRequest, "expected 2 frames (command id, request document), got " +
+                                                   std::to_string(frames.size()));
     }
     Request request;
     if (!decodeCommandId(frames[0].data(), frames[0].size(), request.commandId)) {
@@ -38,7 +38,8 @@ Request decodeRequest(const std::vector<std::string>& frames) {
     Json::Value document;
     if (!reader->parse(text.data(), text.data() + text.size(), &document, &errors)) {
         auto end = errors.find('\n');
-        throw CommandError(kUnreadableRequest, "request document is not valid JSON: " + errors.substr(0, end));
+        throw CommandError(kUnreadableRequest,
+                           "request document is not valid JSON: " + errors.substr(0, end));
     }
     if (!document.isObject()) {
         throw CommandError(kUnreadableRequest, "request document must be a JSON object");
@@ -91,7 +92,9 @@ RequestServer::RequestServer(zmq::context_t& context, const std::string& endpoin
     m_socket.bind(endpoint);
 }
 
-std::string RequestServer::endpoint() const { return m_socket.get(zmq::sockopt::last_endpoint); }
+std::string RequestServer::endpoint() const {
+    return m_socket.get(zmq::sockopt::last_endpoint);
+}
 
 void RequestServer::serveOne(const FrameHandler& handler, int timeoutMs) {
     zmq::pollitem_t items[] = {{m_socket.handle(), 0, ZMQ_POLLIN, 0}};
@@ -145,7 +148,8 @@ void RequestServer::serveOne(const FrameHandler& handler, int timeoutMs) {
     std::vector<std::string> message = std::move(envelope);
     message.insert(message.end(), reply.begin(), reply.end());
     for (size_t i = 0; i < message.size(); ++i) {
-        m_socket.send(zmq::buffer(message[i]), i + 1 < message.size() ? zmq::send_flags::sndmore : zmq::send_flags::none);
+        m_socket.send(zmq::buffer(message[i]),
+                      i + 1 < message.size() ? zmq::send_flags::sndmore : zmq::send_flags::none);
     }
 }
 
@@ -161,8 +165,8 @@ void RequestServer::serveFrames(const std::atomic<bool>& stop, const FrameHandle
     }
 }
 
-void RequestServer::serve(const std::atomic<bool>& stop, const Handler& handler, const std::function<void()>& idle,
-                          int pollMs) {
+void RequestServer::serve(const std::atomic<bool>& stop, const Handler& handler,
+                          const std::function<void()>& idle, int pollMs) {
     serveFrames(
         stop,
         [&handler](const std::vector<std::string>& frames, std::vector<std::string>& reply) {

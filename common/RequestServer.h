@@ -41,7 +41,8 @@ private:
 // Builds the reply document of a refused request:
 // {"error": {"code": code, "message": text, "user-messages": [text, ...]}}, the last member
 // only when there are user messages.
-Json::Value errorReply(int code, const std::string& message, const std::vector<std::string>& userMessages = {});
+Json::Value errorReply(int code, const std::string& message,
+                       const std::vector<std::string>& userMessages = {});
 
 // Decodes the frames of one request. Frame 1 is the command id as a 4-byte
 // little-endian unsigned number, frame 2 the request document as JSON text or empty.
@@ -61,7 +62,8 @@ public:
     // The request's frames in; fills the reply's frames and returns true, or returns false
     // to leave the request unanswered. At most kKeptFrames frames are kept, the others
     // are passed as empty frames so that their number still shows.
-    using FrameHandler = std::function<bool(const std::vector<std::string>& request, std::vector<std::string>& reply)>;
+    using FrameHandler =
+        std::function<bool(const std::vector<std::string>& request, std::vector<std::string>& reply)>;
     static constexpr size_t kKeptFrames = 3;
 
     // Binds the socket; throws zmq::error_t when the endpoint cannot be bound.
@@ -78,8 +80,8 @@ public:
     void serve(const std::atomic<bool>& stop, const Handler& handler, const std::function<void()>& idle,
                int pollMs = 100);
     // The same loop with the frames handed over as they are.
-    void serveFrames(const std::atomic<bool>& stop, const FrameHandler& handler, const std::function<void()>& idle,
-                     int pollMs);
+    void serveFrames(const std::atomic<bool>& stop, const FrameHandler& handler,
+                     const std::function<void()>& idle, int pollMs);
 
     // Requests handled so far.
     uint64_t requestsServed() const { return m_served; }

@@ -7,15 +7,15 @@
 #include <algorithm>
 #include <ctime>
 
-#include "common/AtomicFile.h"
-#include "common/ModuleOption.h"
 #include "EmulatorSupport.h"
 #include "api/CommandTable.h"
+#include "common/AtomicFile.h"
+#include "common/ModuleOption.h"
 #include "pimAvMngApi/device/BoardModel.h"
-#include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/model/VolumeGainApi.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
 
 namespace pimav::detail {
 

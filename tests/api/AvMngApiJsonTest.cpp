@@ -192,8 +192,8 @@ TEST(AvMngApiJson, EveryPassThroughSendsItsIdAndDocumentOverTheWire) {
         EXPECT_EQ(seen[i].frameCount, 2u) << p.row.method;
         EXPECT_EQ(seen[i].hasDocument, p.row.sendsDocument()) << p.row.method;
         if (p.row.sendsDocument()) {
-            EXPECT_EQ(seen[i].documentText,
-                      "{\"id\":" + std::to_string(1000000000000ULL + p.row.id) + ",\"name\":\"" + p.row.method + "\"}");
+            EXPECT_EQ(seen[i].documentText, "{\"id\":" + std::to_string(1000000000000ULL + p.row.id) +
+                                                ",\"name\":\"" + p.row.method + "\"}");
         }
     }
 }

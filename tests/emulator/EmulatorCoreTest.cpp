@@ -8,8 +8,8 @@
 #include <cstdio>
 #include <fstream>
 
-#include "common/AtomicFile.h"
 #include "Emulator.h"
+#include "common/AtomicFile.h"
 #include "common/RequestServer.h"
 #include "support/CommandRows.h"
 #include "support/LogCapture.h"
@@ -96,7 +96,8 @@ TEST(EmulatorRequest, EveryCommandOfTheTableHasAHandler) {
         EXPECT_EQ(message.find("unknown command"), std::string::npos) << row.method << ": " << message;
     }
     const auto past = static_cast<unsigned>(commandRows().size());
-    EXPECT_EQ(call(emulator, past)["error"]["message"].asString(), "unknown command id " + std::to_string(past));
+    EXPECT_EQ(call(emulator, past)["error"]["message"].asString(),
+              "unknown command id " + std::to_string(past));
 }
 
 TEST(EmulatorFiles, AtomicWriteReplacesWholeAndLeavesNoTemporaryFile) {

@@ -75,7 +75,9 @@ struct PassThroughMethod {
         }
         return (api.*replyOnly)(reply);
     }
-    const char* shape() const { return withRequest != nullptr ? "REQUEST" : gain != nullptr ? "GAIN" : "REPLY"; }
+    const char* shape() const {
+        return withRequest != nullptr ? "REQUEST" : gain != nullptr ? "GAIN" : "REPLY";
+    }
 };
 
 // The pass-through methods by name. Only the names come from the library's table (C++

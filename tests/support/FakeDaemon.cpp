@@ -32,12 +32,14 @@ FakeDaemon::Action FakeDaemon::Action::silent() {
 
 FakeDaemon::FakeDaemon(uint16_t port)
     : m_context(1),
-      m_server(m_context, port == 0 ? std::string("tcp://127.0.0.1:*") : "tcp://127.0.0.1:" + std::to_string(port)) {
+      m_server(m_context,
+               port == 0 ? std::string("tcp://127.0.0.1:*") : "tcp://127.0.0.1:" + std::to_string(port)) {
     m_endpoint = m_server.endpoint();
     m_port = static_cast<uint16_t>(std::stoul(m_endpoint.substr(m_endpoint.rfind(':') + 1)));
     m_thread = std::thread([this] {
         m_server.serveFrames(
-            m_stop, [this](const auto& frames, auto& reply) { return answerFrames(frames, reply); }, nullptr, 10);
+            m_stop, [this](const auto& frames, auto& reply) { return answerFrames(frames, reply); }, nullptr,
+            10);
     });
 }
 
