@@ -205,6 +205,18 @@ void Emulator::persistRunning() {
     }
 }
 
+Json::Value Emulator::acknowledgeChange() {
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::mergeSetting(const Request& r, const char* key, IJsonSerializable& record) {
+    // Members not given keep their value: the request is read over the current settings.
+    const Json::Value& given = requireObjectMember(r, key);
+    m_settings[key] = throughRecord(record, mergedOver(m_settings[key], given), std::string("\"") + key + "\" cannot be read");
+    return acknowledgeChange();
+}
+
 void Emulator::persistTableMeta() {
     Json::Value meta;
     meta["startup"] = m_table.getStartupPosition();

@@ -76,6 +76,17 @@ private:
     void applyBoard();
     EmulatedSession& findSession(const Request& r, const char* key = "id");
     uint64_t allocateSessionId();
+    // A session of `kind` with the next free id, which `cfg` gets as "session-id", and with
+    // `cfg` as its configuration; a configuration without a name is named "<unnamed> <id>".
+    EmulatedSession newSession(EmulatedSession::Kind kind, Json::Value& cfg, const char* unnamed);
+    // Reads the request's object `key` over the current setting `key` through `record`,
+    // keeps what the record writes and persists it.
+    Json::Value mergeSetting(const Request& r, const char* key, IJsonSerializable& record);
+    template <typename Record>
+    Json::Value mergeSetting(const Request& r, const char* key) {
+        Record record;
+        return mergeSetting(r, key, record);
+    }
     uint64_t allocateStreamId();
     void buildSenderStreams(EmulatedSession& session);
     void refreshSenderSdp(EmulatedSession& session);
@@ -93,6 +104,8 @@ private:
     void restoreRunning(const Json::Value& running);
     void resetRunning();
     void persistRunning();
+    // Persists the running state and gives the empty reply of a command that changed it.
+    Json::Value acknowledgeChange();
     void loadPersisted();
     std::string positionPath(unsigned pos) const;
     void persistTableMeta();
