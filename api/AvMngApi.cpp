@@ -1,9 +1,11 @@
 // Typed client API: the class frame and the session operations.
 
-#include "api/AvMngApiTrace.h"
 #include "pimAvMngApi/api/AvMngApi.h"
+#include "api/TypedExchange.h"
 #include "pimAvMngApi/model/AudioStreamData.h"
 #include "pimAvMngApi/model/VideoStreamData.h"
+#include "platform/IpcWire.h"
+#include "platform/RecordArrays.h"
 
 #include <cctype>
 
@@ -28,11 +30,14 @@ std::string abiSignature(const char* pretty) {
     return text;
 }
 
+void writeTrace(const char* pretty, int line, const char* direction, const Json::Value& document) {
+    Logger::log(7, "AVMANAGER JSON API %s:%d:%s\n%s", abiSignature(pretty).c_str(), line, direction,
+                renderDocument(document).c_str());
+}
+
 }  // namespace pimav::detail
 
 namespace {
-
-Json::Value idValue(session_id_t id) { return Json::Value(static_cast<Json::UInt64>(id)); }
 
 // Appends each element of `array` (default 0) as an unsigned 64-bit id.
 void appendIds(const Json::Value& array, std::list<unsigned long long>& ids) {
@@ -41,15 +46,21 @@ void appendIds(const Json::Value& array, std::list<unsigned long long>& ids) {
     }
 }
 
-void appendStreams(Json::Value& array, std::list<SessionConfigData>& streams) {
-    for (Json::Value::ArrayIndex i = 0; i < array.size(); ++i) {
-        SessionConfigData data;
-        data.Deserialize(array[i]);
-        streams.push_back(data);
+// Appends the source of `stream` to `sources`: the fields every source has, then, when
+// the stream's record is a `Data`, those that `fill` copies from it.
+template <typename Data, typename Source, typename Fill>
+void appendSourceOf(AvMngApi& api, StreamData* stream, std::list<Source>& sources, Fill fill) {
+    Source source;
+    api.getSourceInfo(source, stream);
+    if (const auto* data = dynamic_cast<const Data*>(stream)) {
+        fill(source, *data);
     }
+    sources.push_back(source);
 }
 
 }  // namespace
+
+using namespace pimav::detail;
 
 // ---- frame ----
 
@@ -67,59 +78,26 @@ std::string AvMngApi::convertJsonToString(Json::Value& value) {
 
 int AvMngApi::addSourceSession(SourceApi* api) {
     PIMAV_CHK_NULL(api, "addSourceSession");
-    Json::Value request;
-    Json::Value reply;
-    PIMAV_TRY_SERIALIZE(api->Serialize(request));
-    PIMAV_TRACE_IN(request);
-    PIMAV_CHK(jsonApi.addSourceSession(request, reply));
-    PIMAV_TRY_DESERIALIZE(api->Deserialize(reply));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(addSourceSession, writtenBy(*api), readInto(*api));
 }
 
 int AvMngApi::addDestinationSession(DestinationApi* api) {
     PIMAV_CHK_NULL(api, "addDestinationSession");
-    Json::Value request;
-    Json::Value reply;
-    PIMAV_TRY_SERIALIZE(api->Serialize(request));
-    PIMAV_TRACE_IN(request);
-    PIMAV_CHK(jsonApi.addDestinationSession(request, reply));
-    PIMAV_TRY_DESERIALIZE(api->Deserialize(reply));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(addDestinationSession, writtenBy(*api), readInto(*api));
 }
 
 int AvMngApi::addDestinationSession(SourceApi* api) {
     PIMAV_CHK_NULL(api, "addDestinationSession");
-    Json::Value request;
-    Json::Value reply;
-    PIMAV_TRY_SERIALIZE(api->Serialize(request));
-    PIMAV_TRACE_IN(request);
-    PIMAV_CHK(jsonApi.addDestinationSessionManually(request, reply));
-    PIMAV_TRY_DESERIALIZE(api->Deserialize(reply));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(addDestinationSessionManually, writtenBy(*api), readInto(*api));
 }
 
 int AvMngApi::updateSession(SourceApi* api) {
     PIMAV_CHK_NULL(api, "updateSession");
-    Json::Value request;
-    Json::Value reply;
-    PIMAV_TRY_SERIALIZE(api->Serialize(request));
-    PIMAV_TRACE_IN(request);
-    PIMAV_CHK(jsonApi.updateSession(request, reply));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(updateSession, writtenBy(*api), NoReply());
 }
 
 int AvMngApi::removeSession(session_id_t id) {
-    Json::Value request;
-    Json::Value reply;
-    PIMAV_TRY_SERIALIZE(request["id"] = idValue(id));
-    PIMAV_TRACE_IN(request);
-    PIMAV_CHK(jsonApi.removeSession(request, reply));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(removeSession, withMember("id", idValue(id)), NoReply());
 }
 
 int AvMngApi::disconnectChannels(session_id_t id, ChannelList& channels) {
@@ -151,14 +129,7 @@ int AvMngApi::getSessionSdp(session_id_t id, std::string* sdp) {
 
 int AvMngApi::getSessionBasicInfo(session_id_t id, SessionBasicInfo* info) {
     PIMAV_CHK_NULL(info, "getSessionBasicInfo");
-    Json::Value request;
-    Json::Value reply;
-    PIMAV_TRY_SERIALIZE(request["id"] = idValue(id));
-    PIMAV_TRACE_IN(request);
-    PIMAV_CHK(jsonApi.getSessionBasicInfo(request, reply));
-    PIMAV_TRY_DESERIALIZE(info->Deserialize(reply));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(getSessionBasicInfo, withMember("id", idValue(id)), readInto(*info));
 }
 
 int AvMngApi::getSessionCfg(session_id_t id, SourceApi* api) {
@@ -172,34 +143,26 @@ int AvMngApi::getSessionCfg(session_id_t id, SourceApi* api) {
             continue;
         }
         switch (stream->m_type.get()) {
-            case StreamType::AUDIO: {
-                AudioSource source;
-                getSourceInfo(source, stream);
-                if (const auto* audio = dynamic_cast<const AudioStreamData*>(stream)) {
-                    source.m_link_offset = audio->m_link_offset;
-                    source.m_codec = audio->m_codec;
-                    source.m_ptime = audio->m_ptime;
-                    source.m_channel_freq = audio->m_channel_freq;
-                }
-                api->m_audio_sources.push_back(source);
+            case StreamType::AUDIO:
+                appendSourceOf<AudioStreamData>(*this, stream, api->m_audio_sources,
+                                                [](AudioSource& source, const AudioStreamData& audio) {
+                                                    source.m_link_offset = audio.m_link_offset;
+                                                    source.m_codec = audio.m_codec;
+                                                    source.m_ptime = audio.m_ptime;
+                                                    source.m_channel_freq = audio.m_channel_freq;
+                                                });
                 break;
-            }
-            case StreamType::VIDEO: {
-                VideoSource source;
-                getSourceInfo(source, stream);
-                if (const auto* video = dynamic_cast<const VideoStreamData*>(stream)) {
-                    source.m_video_format = video->m_video_format;
-                    source.m_link_offset = video->m_sof_link_offset;
-                }
-                api->m_video_sources.push_back(source);
+            case StreamType::VIDEO:
+                appendSourceOf<VideoStreamData>(*this, stream, api->m_video_sources,
+                                                [](VideoSource& source, const VideoStreamData& video) {
+                                                    source.m_video_format = video.m_video_format;
+                                                    source.m_link_offset = video.m_sof_link_offset;
+                                                });
                 break;
-            }
-            case StreamType::ANCILLARY: {
-                Source source;
-                getSourceInfo(source, stream);
-                api->m_ancillary_sources.push_back(source);
+            case StreamType::ANCILLARY:
+                appendSourceOf<StreamData>(*this, stream, api->m_ancillary_sources,
+                                           [](Source&, const StreamData&) {});
                 break;
-            }
             default:
                 break;
         }
@@ -209,40 +172,25 @@ int AvMngApi::getSessionCfg(session_id_t id, SourceApi* api) {
 
 int AvMngApi::getSourceSessionList(SessionStreamList* list) {
     PIMAV_CHK_NULL(list, "getSourceSessionList");
-    Json::Value reply;
-    PIMAV_CHK(jsonApi.getSourceSessionList(reply));
-    PIMAV_TRY_DESERIALIZE(list->Deserialize(reply["list"]));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(getSourceSessionList, readInto(*list, "list"));
 }
 
 int AvMngApi::getDestinationSessionList(SessionStreamList* list) {
     PIMAV_CHK_NULL(list, "getDestinationSessionList");
-    Json::Value reply;
-    PIMAV_CHK(jsonApi.getDestinationSessionList(reply));
-    PIMAV_TRY_DESERIALIZE(list->Deserialize(reply["list"]));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(getDestinationSessionList, readInto(*list, "list"));
 }
 
 int AvMngApi::getAdvertisedSessionList(AdvSessionsDb* db) {
     PIMAV_CHK_NULL(db, "getAdvertisedSessionList");
-    Json::Value reply;
-    PIMAV_CHK(jsonApi.getAdvertisedSessionList(reply));
-    PIMAV_TRY_DESERIALIZE(db->Deserialize(reply["list"]));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    return PIMAV_EXCHANGE(getAdvertisedSessionList, readInto(*db, "list"));
 }
 
 int AvMngApi::pauseResumeSession(session_id_t id, bool pause) {
-    Json::Value request;
-    Json::Value reply;
-    PIMAV_TRY_SERIALIZE(request["id"] = idValue(id));
-    PIMAV_TRY_SERIALIZE(request["pause"] = Json::Value(pause));
-    PIMAV_TRACE_IN(request);
-    PIMAV_CHK(jsonApi.pauseResumeSession(request, reply));
-    PIMAV_TRACE_OUT(reply);
-    return 0;
+    const auto write = [&](Json::Value& request) {
+        request["id"] = idValue(id);
+        request["pause"] = Json::Value(pause);
+    };
+    return PIMAV_EXCHANGE(pauseResumeSession, write, NoReply());
 }
 
 int AvMngApi::getResourceAllocatedIds(std::list<unsigned long long>& senders,
@@ -257,7 +205,7 @@ int AvMngApi::getResourceAllocatedIds(std::list<unsigned long long>& senders,
 int AvMngApi::getListOfExistingStreams(std::list<SessionConfigData>& streams) {
     Json::Value reply;
     PIMAV_CHK(jsonApi.getListOfExistingStreams(reply));
-    PIMAV_TRY_DESERIALIZE(appendStreams(reply["list"], streams));
+    PIMAV_TRY_DESERIALIZE(appendEach(reply["list"], streams));
     return 0;
 }
 

@@ -7,9 +7,10 @@
 // the form the daemon-side tools and existing log parsers know, whatever the compiler
 // prints for it. PIMAV_SIGNATURE is picked up by the CHK/TRY macros of ChkLog.h.
 
+#include <json/json.h>
+
 #include <string>
 
-#include "pimAvMngApi/platform/IJsonSerializable.h"
 #include "pimAvMngApi/platform/Logger.h"
 
 namespace pimav::detail {
@@ -18,23 +19,23 @@ namespace pimav::detail {
 // to that form.
 std::string abiSignature(const char* pretty);
 
+// Writes "AVMANAGER JSON API <signature>:<line>:<direction>\n<document as one line>" at
+// level 7.
+void writeTrace(const char* pretty, int line, const char* direction, const Json::Value& document);
+
+// Request ("IN") and reply ("OUT") traces. The document is rendered only when level 7 is
+// enabled, so a disabled trace costs one level check.
+inline void traceDocument(const char* pretty, int line, const char* direction, const Json::Value& document) {
+    if (Logger::isEnabled(7)) {
+        writeTrace(pretty, line, direction, document);
+    }
+}
+
 }  // namespace pimav::detail
 
 #define PIMAV_SIGNATURE (pimav::detail::abiSignature(__PRETTY_FUNCTION__).c_str())
 
 #include "platform/ChkLog.h"
 
-// Request and reply traces at level 7. The document is rendered only when the line
-// will be written, so a disabled trace costs one level check.
-#define PIMAV_TRACE_DOC(dir, doc)                                                            \
-    do {                                                                                     \
-        if (Logger::isEnabled(7)) {                                                          \
-            std::string pimav_trace_text_;                                                   \
-            IJsonSerializable::convertJsonToString((doc), pimav_trace_text_);                \
-            Logger::log(7, "AVMANAGER JSON API %s:%d:" dir "\n%s", PIMAV_SIGNATURE, __LINE__, \
-                        pimav_trace_text_.c_str());                                          \
-        }                                                                                    \
-    } while (0)
-
-#define PIMAV_TRACE_IN(doc) PIMAV_TRACE_DOC("IN", doc)
-#define PIMAV_TRACE_OUT(doc) PIMAV_TRACE_DOC("OUT", doc)
+#define PIMAV_TRACE_IN(doc) pimav::detail::traceDocument(__PRETTY_FUNCTION__, __LINE__, "IN", (doc))
+#define PIMAV_TRACE_OUT(doc) pimav::detail::traceDocument(__PRETTY_FUNCTION__, __LINE__, "OUT", (doc))

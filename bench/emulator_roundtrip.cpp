@@ -19,7 +19,7 @@
 #include <thread>
 
 #include "Emulator.h"
-#include "RequestServer.h"
+#include "common/RequestServer.h"
 #include "pimAvMngApi/api/AvMngApi.h"
 #include "pimAvMngApi/model/SessionStreamList.h"
 #include "pimAvMngApi/platform/Logger.h"

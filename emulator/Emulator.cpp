@@ -7,13 +7,15 @@
 #include <algorithm>
 #include <ctime>
 
-#include "AtomicFile.h"
 #include "EmulatorSupport.h"
+#include "api/CommandTable.h"
+#include "common/AtomicFile.h"
+#include "common/ModuleOption.h"
 #include "pimAvMngApi/device/BoardModel.h"
-#include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/model/VolumeGainApi.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
 
 namespace pimav::detail {
 
@@ -23,63 +25,10 @@ constexpr unsigned kDefaultPosition = 10;
 
 }  // namespace
 
-const Emulator::Handler Emulator::kHandlers[Emulator::kCommandCount] = {
-    &Emulator::getSessionSdp,                  // 0
-    &Emulator::saveSdpInfo,                    // 1
-    &Emulator::addSourceSession,               // 2
-    &Emulator::addDestinationSession,          // 3
-    &Emulator::removeSession,                  // 4
-    &Emulator::getSourceSessionList,           // 5
-    &Emulator::getDestinationSessionList,      // 6
-    &Emulator::getAdvertisedSessionList,       // 7
-    &Emulator::updateSession,                  // 8
-    &Emulator::fileCfgSaveRunning,             // 9
-    &Emulator::fileCfgGetRunning,              // 10
-    &Emulator::fileCfgLoadCfgToRunning,        // 11
-    &Emulator::fileCfgLoadConfiguration,       // 12
-    &Emulator::fileCfgGetTable,                // 13
-    &Emulator::addDestinationSessionManually,  // 14
-    &Emulator::getSessionBasicInfo,            // 15
-    &Emulator::getChannelUsageTable,           // 16
-    &Emulator::getDigitalInterfaces,           // 17
-    &Emulator::getWebServices,                 // 18
-    &Emulator::getCodecs,                      // 19
-    &Emulator::getSessionTPCStatistics,        // 20
-    &Emulator::cfgSystemClk,                   // 21
-    &Emulator::getSystemClockInfo,             // 22
-    &Emulator::pauseResumeSession,             // 23
-    &Emulator::getAlarmStatus,                 // 24
-    &Emulator::fileCfgSetStartupPos,           // 25
-    &Emulator::fileCfgRemoveConfig,            // 26
-    &Emulator::getGlobalConfig,                // 27
-    &Emulator::setGlobalConfig,                // 28
-    &Emulator::setSdiPatternGeneratorConfig,   // 29
-    &Emulator::setHdmiPatternGeneratorConfig,  // 30
-    &Emulator::getSdiInterfaceInfo,            // 31
-    &Emulator::getSdiOffsets,                  // 32
-    &Emulator::setSdiOffsets,                  // 33
-    &Emulator::getHdmiAudioOffset,             // 34
-    &Emulator::setHdmiAudioOffset,             // 35
-    &Emulator::getSessionCounters,             // 36
-    &Emulator::getSdiVpgInfo,                  // 37
-    &Emulator::getSessionInternalStatus,       // 38
-    &Emulator::resetSystemClockCounters,       // 39
-    &Emulator::getUserNotifications,           // 40
-    &Emulator::getTdmCfgOptions,               // 41
-    &Emulator::removeExternalAdvertisement,    // 42
-    &Emulator::setInterfaceLoopBackMode,       // 43
-    &Emulator::getAudioCfgOptions,             // 44
-    &Emulator::getVideoReferenceCfg,           // 45
-    &Emulator::setVideoReferenceCfg,           // 46
-    &Emulator::getDefaultConfigurationParams,  // 47
-    &Emulator::getInternalDebugInfo,           // 48
-    &Emulator::disconnectChannels,             // 49
-    &Emulator::getListOfExistingStreams,       // 50
-    &Emulator::getResourceAllocatedIds,        // 51
-    &Emulator::setSourceChannelGain,           // 52
-    &Emulator::setDestinationChannelGain,      // 53
-    &Emulator::getSourceChannelGain,           // 54
-    &Emulator::getDestinationChannelGain,      // 55
+const Emulator::Handler Emulator::kHandlers[Aes67Commands::kCommandCount] = {
+#define PIMAV_COMMAND(id, name, method, shape, text) &Emulator::method,
+#include "api/CommandTable.def"
+#undef PIMAV_COMMAND
 };
 
 Emulator::Emulator(const EmulatorOptions& options) : m_options(options), m_settings(defaultSettings()) {
@@ -97,7 +46,7 @@ Emulator::Emulator(const EmulatorOptions& options) : m_options(options), m_setti
 }
 
 Json::Value Emulator::handle(const Request& request) {
-    if (request.commandId >= kCommandCount) {
+    if (request.commandId >= Aes67Commands::kCommandCount) {
         throw CommandError(kBadRequest, "unknown command id " + std::to_string(request.commandId));
     }
     ErrorAuxMsg::getInstance()->clear();
@@ -151,33 +100,12 @@ void Emulator::applyBoard() {
         throw std::runtime_error("unknown board model " + m_options.board);
     }
     BitstreamType::module_t module = BitstreamType::MODULE_NA;
-    static const struct {
-        const char* name;
-        BitstreamType::module_t value;
-    } kModules[] = {
-        {"MODULE_SDI_TR04", BitstreamType::MODULE_SDI_TR04},
-        {"MODULE_SDI_ST2110", BitstreamType::MODULE_SDI_ST2110},
-        {"MODULE_HDMI_ST2110", BitstreamType::MODULE_HDMI_ST2110},
-        {"MODULE_SDI_BIDIR_ST2110", BitstreamType::MODULE_SDI_BIDIR_ST2110},
-        {"MODULE_NA", BitstreamType::MODULE_NA},
-    };
-    bool known = false;
-    for (const auto& m : kModules) {
-        if (m_options.module == m.name || m_options.module == BitstreamType::toString(m.value)) {
-            module = m.value;
-            known = true;
-        }
-    }
-    if (!known) {
+    if (!moduleFromOption(m_options.module, module)) {
         throw std::runtime_error("unknown board module " + m_options.module);
     }
     // Normalise the option texts to the enumerator names used for file prefixes.
     m_options.board = boardModelTypeToString(model);
-    for (const auto& m : kModules) {
-        if (m.value == module) {
-            m_options.module = m.name;
-        }
-    }
+    m_options.module = moduleOptionName(module);
     SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, module));
     SystemDefaultCfg::getInstance()->setCfgFilePath(m_options.configDir);
 }
@@ -275,6 +203,18 @@ void Emulator::persistRunning() {
     if (!writeFileAtomically(m_options.configDir + "/running.json", runningDocument().toStyledString(), error)) {
         Logger::log(2, "emulator: cannot save the running state: %s", error.c_str());
     }
+}
+
+Json::Value Emulator::acknowledgeChange() {
+    persistRunning();
+    return emptyReply();
+}
+
+Json::Value Emulator::mergeSetting(const Request& r, const char* key, IJsonSerializable& record) {
+    // Members not given keep their value: the request is read over the current settings.
+    const Json::Value& given = requireObjectMember(r, key);
+    m_settings[key] = throughRecord(record, mergedOver(m_settings[key], given), std::string("\"") + key + "\" cannot be read");
+    return acknowledgeChange();
 }
 
 void Emulator::persistTableMeta() {

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "RequestServer.h"
+#include "common/RequestServer.h"
+#include "pimAvMngApi/api/Aes67Commands.h"
 #include "pimAvMngApi/adv/AdvSessions.h"
 #include "pimAvMngApi/device/CfgFileTable.h"
 
@@ -51,8 +52,6 @@ struct EmulatedSession {
 // written to disk before the reply leaves.
 class Emulator {
 public:
-    static constexpr unsigned kCommandCount = 56;
-
     explicit Emulator(const EmulatorOptions& options);
 
     // Answers one decoded request. Throws CommandError for a refused request.
@@ -66,72 +65,28 @@ public:
 
 private:
     using Handler = Json::Value (Emulator::*)(const Request&);
-    static const Handler kHandlers[kCommandCount];
+    static const Handler kHandlers[Aes67Commands::kCommandCount];
 
-    // Sessions.
-    Json::Value getSessionSdp(const Request& r);
-    Json::Value saveSdpInfo(const Request& r);
-    Json::Value addSourceSession(const Request& r);
-    Json::Value addDestinationSession(const Request& r);
-    Json::Value removeSession(const Request& r);
-    Json::Value getSourceSessionList(const Request& r);
-    Json::Value getDestinationSessionList(const Request& r);
-    Json::Value getAdvertisedSessionList(const Request& r);
-    Json::Value updateSession(const Request& r);
-    Json::Value addDestinationSessionManually(const Request& r);
-    Json::Value getSessionBasicInfo(const Request& r);
-    Json::Value pauseResumeSession(const Request& r);
-    Json::Value removeExternalAdvertisement(const Request& r);
-    Json::Value disconnectChannels(const Request& r);
-    Json::Value getListOfExistingStreams(const Request& r);
-    Json::Value getResourceAllocatedIds(const Request& r);
-    Json::Value getSessionTPCStatistics(const Request& r);
-    Json::Value getSessionCounters(const Request& r);
-    Json::Value getSessionInternalStatus(const Request& r);
-    Json::Value getChannelUsageTable(const Request& r);
-    // Saved configurations.
-    Json::Value fileCfgSaveRunning(const Request& r);
-    Json::Value fileCfgGetRunning(const Request& r);
-    Json::Value fileCfgLoadCfgToRunning(const Request& r);
-    Json::Value fileCfgLoadConfiguration(const Request& r);
-    Json::Value fileCfgGetTable(const Request& r);
-    Json::Value fileCfgSetStartupPos(const Request& r);
-    Json::Value fileCfgRemoveConfig(const Request& r);
-    // Device.
-    Json::Value getDigitalInterfaces(const Request& r);
-    Json::Value getWebServices(const Request& r);
-    Json::Value getCodecs(const Request& r);
-    Json::Value cfgSystemClk(const Request& r);
-    Json::Value getSystemClockInfo(const Request& r);
-    Json::Value getAlarmStatus(const Request& r);
-    Json::Value getGlobalConfig(const Request& r);
-    Json::Value setGlobalConfig(const Request& r);
-    Json::Value setSdiPatternGeneratorConfig(const Request& r);
-    Json::Value setHdmiPatternGeneratorConfig(const Request& r);
-    Json::Value getSdiInterfaceInfo(const Request& r);
-    Json::Value getSdiOffsets(const Request& r);
-    Json::Value setSdiOffsets(const Request& r);
-    Json::Value getHdmiAudioOffset(const Request& r);
-    Json::Value setHdmiAudioOffset(const Request& r);
-    Json::Value getSdiVpgInfo(const Request& r);
-    Json::Value resetSystemClockCounters(const Request& r);
-    Json::Value getUserNotifications(const Request& r);
-    Json::Value getTdmCfgOptions(const Request& r);
-    Json::Value setInterfaceLoopBackMode(const Request& r);
-    Json::Value getAudioCfgOptions(const Request& r);
-    Json::Value getVideoReferenceCfg(const Request& r);
-    Json::Value setVideoReferenceCfg(const Request& r);
-    Json::Value getDefaultConfigurationParams(const Request& r);
-    Json::Value getInternalDebugInfo(const Request& r);
-    Json::Value setSourceChannelGain(const Request& r);
-    Json::Value setDestinationChannelGain(const Request& r);
-    Json::Value getSourceChannelGain(const Request& r);
-    Json::Value getDestinationChannelGain(const Request& r);
+    // One handler per command, named by its row of the command table.
+#define PIMAV_COMMAND(id, name, method, shape, text) Json::Value method(const Request& r);
+#include "api/CommandTable.def"
+#undef PIMAV_COMMAND
 
     // Helpers.
     void applyBoard();
     EmulatedSession& findSession(const Request& r, const char* key = "id");
     uint64_t allocateSessionId();
+    // A session of `kind` with the next free id, which `cfg` gets as "session-id", and with
+    // `cfg` as its configuration; a configuration without a name is named "<unnamed> <id>".
+    EmulatedSession newSession(EmulatedSession::Kind kind, Json::Value& cfg, const char* unnamed);
+    // Reads the request's object `key` over the current setting `key` through `record`,
+    // keeps what the record writes and persists it.
+    Json::Value mergeSetting(const Request& r, const char* key, IJsonSerializable& record);
+    template <typename Record>
+    Json::Value mergeSetting(const Request& r, const char* key) {
+        Record record;
+        return mergeSetting(r, key, record);
+    }
     uint64_t allocateStreamId();
     void buildSenderStreams(EmulatedSession& session);
     void refreshSenderSdp(EmulatedSession& session);
@@ -149,6 +104,8 @@ private:
     void restoreRunning(const Json::Value& running);
     void resetRunning();
     void persistRunning();
+    // Persists the running state and gives the empty reply of a command that changed it.
+    Json::Value acknowledgeChange();
     void loadPersisted();
     std::string positionPath(unsigned pos) const;
     void persistTableMeta();

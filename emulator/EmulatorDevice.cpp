@@ -38,13 +38,8 @@ std::string patternName(int code) {
 // ---- clock ----
 
 Json::Value Emulator::cfgSystemClk(const Request& r) {
-    Json::Value in = requireDocument(r);
     ClockConfig wanted;
-    try {
-        wanted.Deserialize(in);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("clock configuration cannot be read: ") + e.what());
-    }
+    readThrough(wanted, requireDocument(r), "clock configuration cannot be read");
     ClockConfig applied;
     if (applied.setClockReference(wanted.getClockRefType()) != 0) {
         throw CommandError(kValueRefused, "clock reference " + std::to_string(wanted.getClockRefType()) +
@@ -53,8 +48,7 @@ Json::Value Emulator::cfgSystemClk(const Request& r) {
     Json::Value out;
     applied.Serialize(out);
     m_settings["clock"] = out;
-    persistRunning();
-    return emptyReply();
+    return acknowledgeChange();
 }
 
 Json::Value Emulator::getSystemClockInfo(const Request&) {
@@ -94,31 +88,9 @@ Json::Value Emulator::resetSystemClockCounters(const Request&) {
 
 // ---- global settings and notifications ----
 
-Json::Value Emulator::getGlobalConfig(const Request&) {
-    Json::Value reply;
-    reply["global"] = m_settings["global"];
-    return reply;
-}
+Json::Value Emulator::getGlobalConfig(const Request&) { return memberReply("global", m_settings["global"]); }
 
-Json::Value Emulator::setGlobalConfig(const Request& r) {
-    // Members not given keep their value: the request is read over the current settings.
-    Json::Value merged = m_settings["global"];
-    const Json::Value& global = requireObjectMember(r, "global");
-    for (const auto& key : global.getMemberNames()) {
-        merged[key] = global[key];
-    }
-    AvGlobalCfg config;
-    try {
-        config.Deserialize(merged);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("\"global\" cannot be read: ") + e.what());
-    }
-    Json::Value out;
-    config.Serialize(out);
-    m_settings["global"] = out;
-    persistRunning();
-    return emptyReply();
-}
+Json::Value Emulator::setGlobalConfig(const Request& r) { return mergeSetting<AvGlobalCfg>(r, "global"); }
 
 Json::Value Emulator::getUserNotifications(const Request&) {
     UserNotifications notifications;
@@ -143,14 +115,12 @@ Json::Value Emulator::setSdiPatternGeneratorConfig(const Request& r) {
         throw CommandError(kBadRequest, "\"vpg\" must be an object");
     }
     m_settings["sdi-pattern"][std::to_string(port.asUInt())] = sdi;
-    persistRunning();
-    return emptyReply();
+    return acknowledgeChange();
 }
 
 Json::Value Emulator::setHdmiPatternGeneratorConfig(const Request& r) {
     m_settings["hdmi-pattern"] = requireDocument(r);
-    persistRunning();
-    return emptyReply();
+    return acknowledgeChange();
 }
 
 Json::Value Emulator::getSdiInterfaceInfo(const Request&) {
@@ -165,11 +135,7 @@ Json::Value Emulator::getSdiInterfaceInfo(const Request&) {
     return reply;
 }
 
-Json::Value Emulator::getSdiOffsets(const Request&) {
-    Json::Value reply;
-    reply["sdi-offsets"] = m_settings["sdi-offsets"];
-    return reply;
-}
+Json::Value Emulator::getSdiOffsets(const Request&) { return memberReply("sdi-offsets", m_settings["sdi-offsets"]); }
 
 Json::Value Emulator::setSdiOffsets(const Request& r) {
     const Json::Value& doc = requireDocument(r);
@@ -177,15 +143,7 @@ Json::Value Emulator::setSdiOffsets(const Request& r) {
         throw CommandError(kBadRequest, "request needs the array \"sdi-offsets\"");
     }
     SdiOffsetList list;
-    Json::Value in = doc["sdi-offsets"];
-    try {
-        list.Deserialize(in);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("\"sdi-offsets\" cannot be read: ") + e.what());
-    }
-    Json::Value normalised;
-    list.Serialize(normalised);
-    for (const auto& offset : normalised) {
+    for (const auto& offset : throughRecord(list, doc["sdi-offsets"], "\"sdi-offsets\" cannot be read")) {
         const int port = offset.get("sdi-port", 0).asInt();
         bool replaced = false;
         for (auto& existing : m_settings["sdi-offsets"]) {
@@ -198,28 +156,19 @@ Json::Value Emulator::setSdiOffsets(const Request& r) {
             m_settings["sdi-offsets"].append(offset);
         }
     }
-    persistRunning();
-    return emptyReply();
+    return acknowledgeChange();
 }
 
 Json::Value Emulator::getHdmiAudioOffset(const Request&) { return m_settings["hdmi-audio-offset"]; }
 
 Json::Value Emulator::setHdmiAudioOffset(const Request& r) {
-    Json::Value in = requireDocument(r);
+    const Json::Value& in = requireDocument(r);
     if (!in.isMember("hdmi-audio-offset")) {
         throw CommandError(kBadRequest, "request needs \"hdmi-audio-offset\"");
     }
     HdmiAudioOffset offset;
-    try {
-        offset.Deserialize(in);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("\"hdmi-audio-offset\" cannot be read: ") + e.what());
-    }
-    Json::Value out;
-    offset.Serialize(out);
-    m_settings["hdmi-audio-offset"] = out;
-    persistRunning();
-    return emptyReply();
+    m_settings["hdmi-audio-offset"] = throughRecord(offset, in, "\"hdmi-audio-offset\" cannot be read");
+    return acknowledgeChange();
 }
 
 Json::Value Emulator::getSdiVpgInfo(const Request&) {
@@ -242,15 +191,8 @@ Json::Value Emulator::getSdiVpgInfo(const Request&) {
 }
 
 Json::Value Emulator::setInterfaceLoopBackMode(const Request& r) {
-    Json::Value in = requireDocument(r);
     InterfaceLoopBack mode;
-    try {
-        mode.Deserialize(in);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("loop-back request cannot be read: ") + e.what());
-    }
-    Json::Value out;
-    mode.Serialize(out);
+    const Json::Value out = throughRecord(mode, requireDocument(r), "loop-back request cannot be read");
     Json::Value kept(Json::arrayValue);
     for (const auto& existing : m_settings["loopback"]) {
         if (existing["interface"] != out["interface"]) {
@@ -259,34 +201,12 @@ Json::Value Emulator::setInterfaceLoopBackMode(const Request& r) {
     }
     kept.append(out);
     m_settings["loopback"] = kept;
-    persistRunning();
-    return emptyReply();
+    return acknowledgeChange();
 }
 
-Json::Value Emulator::getVideoReferenceCfg(const Request&) {
-    Json::Value reply;
-    reply["video-ref"] = m_settings["video-ref"];
-    return reply;
-}
+Json::Value Emulator::getVideoReferenceCfg(const Request&) { return memberReply("video-ref", m_settings["video-ref"]); }
 
-Json::Value Emulator::setVideoReferenceCfg(const Request& r) {
-    Json::Value merged = m_settings["video-ref"];
-    const Json::Value& ref = requireObjectMember(r, "video-ref");
-    for (const auto& key : ref.getMemberNames()) {
-        merged[key] = ref[key];
-    }
-    VideoRefOutputCfg config;
-    try {
-        config.Deserialize(merged);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("\"video-ref\" cannot be read: ") + e.what());
-    }
-    Json::Value out;
-    config.Serialize(out);
-    m_settings["video-ref"] = out;
-    persistRunning();
-    return emptyReply();
-}
+Json::Value Emulator::setVideoReferenceCfg(const Request& r) { return mergeSetting<VideoRefOutputCfg>(r, "video-ref"); }
 
 // ---- option lists ----
 
@@ -404,8 +324,7 @@ Json::Value Emulator::gainReply(const char* table, const Request& r, unsigned co
             gains[position]["channel-gain"] = change["channel-gain"].asDouble();
             gains[position]["mute"] = change["mute"].asBool();
         }
-        persistRunning();
-        return emptyReply();
+        return acknowledgeChange();
     }
     Json::Value reply;
     if (command == 54) {

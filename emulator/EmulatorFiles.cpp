@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <ctime>
 
-#include "AtomicFile.h"
+#include "common/AtomicFile.h"
 #include "Emulator.h"
 #include "EmulatorSupport.h"
 #include "pimAvMngApi/platform/Logger.h"
@@ -51,11 +51,7 @@ Json::Value Emulator::fileCfgSaveRunning(const Request& r) {
     return emptyReply();
 }
 
-Json::Value Emulator::fileCfgGetRunning(const Request&) {
-    Json::Value reply;
-    reply["running"] = runningDocument();
-    return reply;
-}
+Json::Value Emulator::fileCfgGetRunning(const Request&) { return memberReply("running", runningDocument()); }
 
 Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
     if (optionalBool(r, "default", false)) {
@@ -67,8 +63,7 @@ Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
     const unsigned pos = requirePosition(r);
     if (pos == kDefaultPos) {
         resetRunning();
-        persistRunning();
-        return emptyReply();
+        return acknowledgeChange();
     }
     const CfgFileInfo* info = m_table.getFileInfo(pos);
     if (info == nullptr || info->m_size == 0) {
@@ -96,8 +91,7 @@ Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
 Json::Value Emulator::fileCfgLoadConfiguration(const Request& r) {
     const Json::Value& doc = requireDocument(r);
     restoreRunning(doc.isMember("running") ? doc["running"] : doc);
-    persistRunning();
-    return emptyReply();
+    return acknowledgeChange();
 }
 
 Json::Value Emulator::fileCfgGetTable(const Request&) {

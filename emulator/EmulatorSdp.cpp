@@ -11,7 +11,7 @@
 #include <cmath>
 #include <set>
 
-#include "AtomicFile.h"
+#include "common/AtomicFile.h"
 #include "Emulator.h"
 #include "EmulatorSupport.h"
 #include "pimAvMngApi/model/IpAddress.h"

@@ -27,9 +27,30 @@ const char* mediaOfList(const std::string& list) {
     return "ancillary";
 }
 
+// Number of sources (audio, video and ancillary) of a session configuration.
+unsigned sourceCount(const Json::Value& cfg) {
+    unsigned count = 0;
+    for (const char* list : kSourceLists) {
+        count += cfg.isMember(list) ? cfg[list].size() : 0;
+    }
+    return count;
+}
+
 }  // namespace
 
 // ---- sender sessions ----
+
+EmulatedSession Emulator::newSession(EmulatedSession::Kind kind, Json::Value& cfg, const char* unnamed) {
+    EmulatedSession session;
+    session.id = allocateSessionId();
+    session.kind = kind;
+    cfg["session-id"] = Json::UInt64(session.id);
+    if (cfg.get("name", "").asString().empty()) {
+        cfg["name"] = std::string(unnamed) + " " + std::to_string(session.id);
+    }
+    session.config = cfg;
+    return session;
+}
 
 void Emulator::buildSenderStreams(EmulatedSession& session) {
     Json::Value& cfg = session.config;
@@ -80,21 +101,11 @@ void Emulator::buildSenderStreams(EmulatedSession& session) {
 
 Json::Value Emulator::addSourceSession(const Request& r) {
     Json::Value cfg = normaliseSourceApi(requireDocument(r));
-    unsigned count = 0;
-    for (const char* list : kSourceLists) {
-        count += cfg.isMember(list) ? cfg[list].size() : 0;
-    }
+    const unsigned count = sourceCount(cfg);
     if (count == 0) {
         throw CommandError(kBadRequest, "a sender session needs at least one audio, video or ancillary source");
     }
-    EmulatedSession session;
-    session.id = allocateSessionId();
-    session.kind = EmulatedSession::SENDER;
-    cfg["session-id"] = Json::UInt64(session.id);
-    if (cfg.get("name", "").asString().empty()) {
-        cfg["name"] = "Session " + std::to_string(session.id);
-    }
-    session.config = cfg;
+    EmulatedSession session = newSession(EmulatedSession::SENDER, cfg, "Session");
     buildSenderStreams(session);
     refreshSenderSdp(session);
     Json::Value reply = normaliseSourceApi(session.config);
@@ -111,10 +122,7 @@ Json::Value Emulator::updateSession(const Request& r) {
     if (!doc["session-id"].isUInt64()) {
         throw CommandError(kBadRequest, "an update needs the \"session-id\" of the session");
     }
-    Request lookup;
-    lookup.hasDocument = true;
-    lookup.document["id"] = doc["session-id"];
-    EmulatedSession& session = findSession(lookup);
+    EmulatedSession& session = findSession(r, "session-id");
     if (session.kind == EmulatedSession::RECEIVER) {
         throw CommandError(kValueRefused, "session " + std::to_string(session.id) + " is a receiver of an advertised stream");
     }
@@ -182,11 +190,7 @@ Json::Value Emulator::addDestinationSession(const Request& r) {
 
 Json::Value Emulator::addDestinationSessionManually(const Request& r) {
     Json::Value cfg = normaliseSourceApi(requireDocument(r));
-    unsigned count = 0;
-    for (const char* list : kSourceLists) {
-        count += cfg.isMember(list) ? cfg[list].size() : 0;
-    }
-    if (count == 0) {
+    if (sourceCount(cfg) == 0) {
         throw CommandError(kBadRequest, "a receiver needs at least one stream description");
     }
     for (const char* list : kSourceLists) {
@@ -199,14 +203,7 @@ Json::Value Emulator::addDestinationSessionManually(const Request& r) {
             }
         }
     }
-    EmulatedSession session;
-    session.id = allocateSessionId();
-    session.kind = EmulatedSession::MANUAL_RECEIVER;
-    cfg["session-id"] = Json::UInt64(session.id);
-    if (cfg.get("name", "").asString().empty()) {
-        cfg["name"] = "Receiver " + std::to_string(session.id);
-    }
-    session.config = cfg;
+    EmulatedSession session = newSession(EmulatedSession::MANUAL_RECEIVER, cfg, "Receiver");
     buildSenderStreams(session);
     for (auto& stream : session.streams) {
         stream["class"] = "receiver";
@@ -231,10 +228,7 @@ Json::Value Emulator::removeSession(const Request& r) {
 }
 
 Json::Value Emulator::getSessionSdp(const Request& r) {
-    EmulatedSession& session = findSession(r);
-    Json::Value reply;
-    reply["sdp"] = session.sdp;
-    return reply;
+    return memberReply("sdp", findSession(r).sdp);
 }
 
 Json::Value Emulator::saveSdpInfo(const Request& r) {
@@ -245,8 +239,7 @@ Json::Value Emulator::saveSdpInfo(const Request& r) {
     }
     session.sdp = checkUserSdp(doc["sdp"].asString());
     ++session.version;
-    persistRunning();
-    return emptyReply();
+    return acknowledgeChange();
 }
 
 Json::Value Emulator::pauseResumeSession(const Request& r) {
@@ -267,13 +260,7 @@ Json::Value Emulator::pauseResumeSession(const Request& r) {
 Json::Value Emulator::disconnectChannels(const Request& r) {
     EmulatedSession& session = findSession(r);
     ChannelList requested;
-    try {
-        requested.Deserialize(const_cast<Json::Value&>(r.document)["channel-list"]);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("\"channel-list\" cannot be read: ") + e.what());
-    }
-    Json::Value wanted;
-    requested.Serialize(wanted);
+    const Json::Value wanted = throughRecord(requested, r.document["channel-list"], "\"channel-list\" cannot be read");
     unsigned removed = 0;
     auto strip = [&](Json::Value& holder) {
         if (!holder.isMember("channel-list") || !holder["channel-list"].isArray()) {
@@ -305,9 +292,7 @@ Json::Value Emulator::disconnectChannels(const Request& r) {
         }
     }
     persistRunning();
-    Json::Value reply;
-    reply["disconnected"] = removed;
-    return reply;
+    return memberReply("disconnected", removed);
 }
 
 Json::Value Emulator::getSessionBasicInfo(const Request& r) {
@@ -344,9 +329,7 @@ Json::Value Emulator::sessionListReply(bool senders) const {
         e["streams"] = s.streams;
         list.append(e);
     }
-    Json::Value reply;
-    reply["list"] = list;
-    return reply;
+    return memberReply("list", list);
 }
 
 Json::Value Emulator::getSourceSessionList(const Request&) { return sessionListReply(true); }
@@ -358,9 +341,7 @@ Json::Value Emulator::getListOfExistingStreams(const Request&) {
     for (const auto& [id, s] : m_sessions) {
         list.append(sessionConfigDocument(s, m_settings));
     }
-    Json::Value reply;
-    reply["list"] = list;
-    return reply;
+    return memberReply("list", list);
 }
 
 Json::Value Emulator::getResourceAllocatedIds(const Request&) {

@@ -70,6 +70,12 @@ void refuseWithUserMessages(int code, const std::string& what) {
 
 Json::Value emptyReply() { return Json::Value(Json::objectValue); }
 
+Json::Value memberReply(const char* key, const Json::Value& value) {
+    Json::Value reply(Json::objectValue);
+    reply[key] = value;
+    return reply;
+}
+
 std::string compactText(const Json::Value& value) { return renderReply(value); }
 
 std::string dotted(uint32_t address) {
@@ -81,32 +87,39 @@ bool addressUnset(const Json::Value& v) {
     return !v.isString() || v.asString().empty() || v.asString() == "0.0.0.0";
 }
 
+void readThrough(IJsonSerializable& record, Json::Value doc, const std::string& refusal) {
+    try {
+        record.Deserialize(doc);
+    } catch (const std::exception& e) {
+        throw CommandError(kBadRequest, refusal + ": " + e.what());
+    }
+}
+
+Json::Value throughRecord(IJsonSerializable& record, Json::Value doc, const std::string& refusal) {
+    readThrough(record, std::move(doc), refusal);
+    Json::Value out;
+    record.Serialize(out);
+    return out;
+}
+
+Json::Value mergedOver(Json::Value current, const Json::Value& given) {
+    for (const auto& key : given.getMemberNames()) {
+        current[key] = given[key];
+    }
+    return current;
+}
+
 Json::Value normaliseSourceApi(const Json::Value& doc) {
     if (!doc.isObject()) {
         throw CommandError(kBadRequest, "a session configuration must be a JSON object");
     }
     SourceApi api;
-    Json::Value in = doc;
-    try {
-        api.Deserialize(in);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("session configuration cannot be read: ") + e.what());
-    }
-    Json::Value out;
-    api.Serialize(out);
-    return out;
+    return throughRecord(api, doc, "session configuration cannot be read");
 }
 
 Json::Value normaliseDestinationApi(const Json::Value& doc) {
     DestinationApi api;
-    Json::Value in = doc;
-    try {
-        api.Deserialize(in);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("receiver configuration cannot be read: ") + e.what());
-    }
-    Json::Value out;
-    api.Serialize(out);
+    Json::Value out = throughRecord(api, doc, "receiver configuration cannot be read");
     for (const char* kept : {"source-ip", "network-index"}) {
         if (doc.isMember(kept)) {
             out[kept] = doc[kept];
@@ -211,14 +224,7 @@ Json::Value senderStreamDocument(const Json::Value& source, const std::string& m
     } else {
         record = std::make_unique<AncillaryStreamData>();
     }
-    try {
-        record->Deserialize(s);
-    } catch (const std::exception& e) {
-        throw CommandError(kBadRequest, std::string("stream cannot be described: ") + e.what());
-    }
-    Json::Value out;
-    record->Serialize(out);
-    return out;
+    return throughRecord(*record, std::move(s), "stream cannot be described");
 }
 
 Json::Value sessionConfigDocument(const EmulatedSession& session, const Json::Value& settings) {

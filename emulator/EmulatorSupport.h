@@ -9,7 +9,8 @@
 #include <string>
 
 #include "Emulator.h"
-#include "RequestServer.h"
+#include "pimAvMngApi/platform/IJsonSerializable.h"
+#include "common/RequestServer.h"
 
 namespace pimav::detail {
 
@@ -25,9 +26,20 @@ const Json::Value& requireDocument(const Request& r);
 // collector (which is emptied), appended to `what`.
 [[noreturn]] void refuseWithUserMessages(int code, const std::string& what);
 Json::Value emptyReply();
+// The reply {key: value}.
+Json::Value memberReply(const char* key, const Json::Value& value);
 std::string compactText(const Json::Value& value);
 std::string dotted(uint32_t address);
 bool addressUnset(const Json::Value& v);
+
+// Reads `doc` through `record`; a document the record cannot read is refused with
+// kBadRequest, "<refusal>: <reason>".
+void readThrough(IJsonSerializable& record, Json::Value doc, const std::string& refusal);
+// The same, and returns what the record then writes, so that what the emulator keeps is
+// exactly what clients read.
+Json::Value throughRecord(IJsonSerializable& record, Json::Value doc, const std::string& refusal);
+// `current` with every member of `given` put over it.
+Json::Value mergedOver(Json::Value current, const Json::Value& given);
 
 // Reads a sender configuration document (the SourceApi form) through the library's
 // record and writes it back, so that the stored form is exactly what clients read.

@@ -10,7 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Emulator.h"
-#include "RequestServer.h"
+#include "common/RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
 
 using namespace pimav::detail;

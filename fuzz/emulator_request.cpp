@@ -19,8 +19,9 @@
 #include <vector>
 
 #include "Emulator.h"
-#include "RequestServer.h"
+#include "common/RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/IpcWire.h"
 
 using namespace pimav::detail;
 
@@ -62,9 +63,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (part.empty()) {
             continue;
         }
-        const std::string idFrame{static_cast<char>(static_cast<uint8_t>(part[0]) % 64), 0, 0, 0};
         try {
-            emulator.handle(decodeRequest({idFrame, part.substr(1)}));
+            emulator.handle(decodeRequest({encodeCommandId(static_cast<uint8_t>(part[0]) % 64u), part.substr(1)}));
         } catch (const CommandError&) {
         } catch (const Json::LogicError&) {
             // A member of the wrong kind: the request loop answers it with an error reply.

@@ -1,18 +1,9 @@
 #include "pimAvMngApi/model/ChannelTables.h"
 
 #include "model/KeptKeys.h"
+#include "platform/RecordArrays.h"
 
 using namespace pimav::detail;
-
-namespace {
-
-void requireArrayOrNull(const Json::Value& v, const char* what) {
-    if (!v.isNull() && !v.isArray()) {
-        Json::throwLogicError(std::string("ChannelTables: ") + what + " is not an array");
-    }
-}
-
-}  // namespace
 
 void ChannelTables::Usage::Serialize(Json::Value& out) const {
     writeKeptKeys(m_other_keys, out);
@@ -37,13 +28,7 @@ void ChannelTables::Table::Serialize(Json::Value& out) const {
     m_interface.Serialize(out["interface"]);
     out["interface-index"] = Json::Value(m_interface_index);
     out["num-channels"] = Json::Value(m_num_channels);
-    Json::Value channels(Json::arrayValue);
-    for (const Usage& usage : m_channels) {
-        Json::Value element(Json::objectValue);
-        usage.Serialize(element);
-        channels.append(element);
-    }
-    out["channels"] = channels;
+    writeEach(m_channels, out["channels"]);
 }
 
 void ChannelTables::Table::Deserialize(Json::Value& in) {
@@ -52,15 +37,9 @@ void ChannelTables::Table::Deserialize(Json::Value& in) {
     m_interface.Deserialize(interface);
     m_interface_index = in.get("interface-index", 0u).asUInt();
     m_num_channels = in.get("num-channels", 0u).asUInt();
-    m_channels.clear();
-    const Json::Value channels = in.get("channels", Json::Value());
-    requireArrayOrNull(channels, "\"channels\"");
-    for (Json::Value::ArrayIndex i = 0; i < channels.size(); ++i) {
-        Json::Value element = channels[i];
-        Usage usage;
-        usage.Deserialize(element);
-        m_channels.push_back(usage);
-    }
+    // Read from a copy: the usages do not add members to the caller's document.
+    Json::Value channels = in.get("channels", Json::Value());
+    readArrayOrNull(channels, m_channels, "ChannelTables", "\"channels\"");
 }
 
 size_t ChannelTables::Table::usedCount() const {
@@ -71,21 +50,6 @@ size_t ChannelTables::Table::usedCount() const {
     return n;
 }
 
-void ChannelTables::Serialize(Json::Value& out) const {
-    out = Json::Value(Json::arrayValue);
-    for (const Table& table : m_tables) {
-        Json::Value element(Json::objectValue);
-        table.Serialize(element);
-        out.append(element);
-    }
-}
+void ChannelTables::Serialize(Json::Value& out) const { writeEach(m_tables, out); }
 
-void ChannelTables::Deserialize(Json::Value& in) {
-    m_tables.clear();
-    requireArrayOrNull(in, "the table list");
-    for (Json::Value::ArrayIndex i = 0; i < in.size(); ++i) {
-        Table table;
-        table.Deserialize(in[i]);
-        m_tables.push_back(table);
-    }
-}
+void ChannelTables::Deserialize(Json::Value& in) { readArrayOrNull(in, m_tables, "ChannelTables", "the table list"); }

@@ -9,6 +9,9 @@
 #include "pimAvMngApi/model/SessionConfigData.h"
 #include "pimAvMngApi/model/VideoStreamData.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/RecordArrays.h"
+
+using namespace pimav::detail;
 
 // ---- AudioStreamData ----
 
@@ -98,14 +101,8 @@ void SessionConfigData::Serialize(Json::Value& out) const {
     ptp["gmid"] = Json::Value(m_ptp_gmid);
     m_connection.Serialize(out["connection"]);
     out["sdp"] = Json::Value(m_sdp);
-    Json::Value::ArrayIndex i = 0;
-    for (const AudioStreamData& stream : m_audio_streams) {
-        stream.Serialize(out["audio-streams"][i++]);
-    }
-    i = 0;
-    for (const VideoStreamData& stream : m_video_streams) {
-        stream.Serialize(out["video-streams"][i++]);
-    }
+    writeEachInto(m_audio_streams, out, "audio-streams");
+    writeEachInto(m_video_streams, out, "video-streams");
     m_type.Serialize(out);
 }
 
@@ -123,18 +120,8 @@ void SessionConfigData::Deserialize(Json::Value& in) {
     m_connection.Deserialize(in["connection"]);
     m_audio_streams.clear();
     m_video_streams.clear();
-    Json::Value& audio = in["audio-streams"];
-    for (Json::Value::ArrayIndex i = 0; i < audio.size(); ++i) {
-        AudioStreamData stream;
-        stream.Deserialize(audio[i]);
-        m_audio_streams.push_back(stream);
-    }
-    Json::Value& video = in["video-streams"];
-    for (Json::Value::ArrayIndex i = 0; i < video.size(); ++i) {
-        VideoStreamData stream;
-        stream.Deserialize(video[i]);
-        m_video_streams.push_back(stream);
-    }
+    appendEach(in["audio-streams"], m_audio_streams);
+    appendEach(in["video-streams"], m_video_streams);
     m_type.Deserialize(in);
 }
 

@@ -3,19 +3,9 @@
 #include <cstdlib>
 
 #include "model/KeptKeys.h"
+#include "platform/RecordArrays.h"
 
 using namespace pimav::detail;
-
-namespace {
-
-// A list member must be an array; null (absent) reads as empty.
-void requireArrayOrNull(const Json::Value& v, const char* what) {
-    if (!v.isNull() && !v.isArray()) {
-        Json::throwLogicError(std::string("SessionStreamList: ") + what + " is not an array");
-    }
-}
-
-}  // namespace
 
 void SessionStreamList::Stream::Serialize(Json::Value& out) const {
     writeKeptKeys(m_other_keys, out);
@@ -45,13 +35,7 @@ void SessionStreamList::Session::Serialize(Json::Value& out) const {
     out["name"] = Json::Value(m_name);
     out["version"] = Json::Value(static_cast<Json::UInt64>(m_version));
     out["paused"] = Json::Value(m_paused);
-    Json::Value streams(Json::arrayValue);
-    for (const Stream& stream : m_streams) {
-        Json::Value element(Json::objectValue);
-        stream.Serialize(element);
-        streams.append(element);
-    }
-    out["streams"] = streams;
+    writeEach(m_streams, out["streams"]);
 }
 
 void SessionStreamList::Session::Deserialize(Json::Value& in) {
@@ -64,34 +48,15 @@ void SessionStreamList::Session::Deserialize(Json::Value& in) {
     m_name = in.get("name", "").asString();
     m_version = in.get("version", Json::Value(Json::UInt64(0))).asUInt64();
     m_paused = in.get("paused", false).asBool();
-    m_streams.clear();
-    const Json::Value streams = in.get("streams", Json::Value());
-    requireArrayOrNull(streams, "\"streams\"");
-    for (Json::Value::ArrayIndex i = 0; i < streams.size(); ++i) {
-        Json::Value element = streams[i];
-        Stream stream;
-        stream.Deserialize(element);
-        m_streams.push_back(stream);
-    }
+    // Read from a copy: the streams do not add members to the caller's document.
+    Json::Value streams = in.get("streams", Json::Value());
+    readArrayOrNull(streams, m_streams, "SessionStreamList", "\"streams\"");
 }
 
-void SessionStreamList::Serialize(Json::Value& out) const {
-    out = Json::Value(Json::arrayValue);
-    for (const Session& session : m_sessions) {
-        Json::Value element(Json::objectValue);
-        session.Serialize(element);
-        out.append(element);
-    }
-}
+void SessionStreamList::Serialize(Json::Value& out) const { writeEach(m_sessions, out); }
 
 void SessionStreamList::Deserialize(Json::Value& in) {
-    m_sessions.clear();
-    requireArrayOrNull(in, "the session list");
-    for (Json::Value::ArrayIndex i = 0; i < in.size(); ++i) {
-        Session session;
-        session.Deserialize(in[i]);
-        m_sessions.push_back(session);
-    }
+    readArrayOrNull(in, m_sessions, "SessionStreamList", "the session list");
 }
 
 const SessionStreamList::Session* SessionStreamList::find(uint64_t id) const {

@@ -3,6 +3,9 @@
 #include "pimAvMngApi/model/SourceApi.h"
 
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/RecordArrays.h"
+
+using namespace pimav::detail;
 
 // ---- AudioSource ----
 
@@ -63,14 +66,6 @@ void VideoSource::clear() {
 
 namespace {
 
-template <typename T>
-void writeList(const std::list<T>& list, const char* key, Json::Value& out) {
-    Json::Value::ArrayIndex i = 0;
-    for (const T& element : list) {
-        element.Serialize(out[key][i++]);
-    }
-}
-
 // Appends one fresh T per element of in[key] when it is an array; `logSource` adds the
 // per-element source address line.
 template <typename T>
@@ -102,9 +97,9 @@ void SourceApi::clear() {
 void SourceApi::Serialize(Json::Value& out) const {
     out["session-id"] = Json::Value(static_cast<Json::UInt64>(m_session_id));
     out["name"] = Json::Value(m_name);
-    writeList(m_ancillary_sources, "ancillary-sources", out);
-    writeList(m_audio_sources, "audio-sources", out);
-    writeList(m_video_sources, "video-sources", out);
+    writeEachInto(m_ancillary_sources, out, "ancillary-sources");
+    writeEachInto(m_audio_sources, out, "audio-sources");
+    writeEachInto(m_video_sources, out, "video-sources");
 }
 
 void SourceApi::Deserialize(Json::Value& in) {

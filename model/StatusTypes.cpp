@@ -9,27 +9,15 @@
 #include "pimAvMngApi/model/TpcStatistics.h"
 #include "pimAvMngApi/model/UserNotifications.h"
 #include "pimAvMngApi/model/VideoTimingParameters.h"
+#include "platform/RecordArrays.h"
+
+using namespace pimav::detail;
 
 namespace {
 
-void writeAlarms(const std::list<Alarm>& alarms, Json::Value& out) {
-    if (alarms.empty()) {
-        return;
-    }
-    Json::Value::ArrayIndex i = 0;
-    for (const Alarm& alarm : alarms) {
-        alarm.Serialize(out["alarms"][i++]);
-    }
-}
-
 void readAlarms(std::list<Alarm>& alarms, Json::Value& in) {
     alarms.clear();
-    Json::Value& list = in["alarms"];
-    for (Json::Value::ArrayIndex i = 0; i < list.size(); ++i) {
-        Alarm alarm;
-        alarm.Deserialize(list[i]);
-        alarms.push_back(alarm);
-    }
+    appendEach(in["alarms"], alarms);
 }
 
 }  // namespace
@@ -96,7 +84,7 @@ void VideoTimingParameters::Deserialize(Json::Value& in) {
 
 void StreamStatus::Serialize(Json::Value& out) const {
     out["id"] = Json::Value(static_cast<Json::UInt64>(m_id));
-    writeAlarms(m_alarms, out);
+    writeEachInto(m_alarms, out, "alarms");
 }
 
 void StreamStatus::Deserialize(Json::Value& in) {
@@ -106,23 +94,15 @@ void StreamStatus::Deserialize(Json::Value& in) {
 
 void SessionStatus::Serialize(Json::Value& out) const {
     out["id"] = Json::Value(static_cast<Json::UInt64>(m_id));
-    writeAlarms(m_alarms, out);
-    Json::Value::ArrayIndex i = 0;
-    for (const StreamStatus& stream : m_streams) {
-        stream.Serialize(out["streams"][i++]);
-    }
+    writeEachInto(m_alarms, out, "alarms");
+    writeEachInto(m_streams, out, "streams");
 }
 
 void SessionStatus::Deserialize(Json::Value& in) {
     m_id = in.get("id", 0).asUInt64();
     readAlarms(m_alarms, in);
     m_streams.clear();
-    Json::Value& streams = in["streams"];
-    for (Json::Value::ArrayIndex i = 0; i < streams.size(); ++i) {
-        StreamStatus stream;
-        stream.Deserialize(streams[i]);
-        m_streams.push_back(stream);
-    }
+    appendEach(in["streams"], m_streams);
 }
 
 // ---- TpcStatistics ----
@@ -195,13 +175,7 @@ void SdiOffsetList::Serialize(Json::Value& out) const {
     }
 }
 
-void SdiOffsetList::Deserialize(Json::Value& in) {
-    for (Json::Value::ArrayIndex i = 0; i < in.size(); ++i) {
-        SdiOffset offset;
-        offset.Deserialize(in[i]);
-        m_offsets.push_back(offset);
-    }
-}
+void SdiOffsetList::Deserialize(Json::Value& in) { appendEach(in, m_offsets); }
 
 // ---- InterfaceLoopBack ----
 

@@ -28,6 +28,20 @@ bool parseMacPass(const std::string& text, char separator, StreamData::MacAddres
     return true;
 }
 
+// The members that are records of their own, in reading order, each with the key of its
+// form (none: its members sit in the stream's own document).
+template <typename Stream, typename Visit>
+void forEachRecordMember(Stream& stream, Visit&& visit) {
+    visit(stream.m_type, nullptr);
+    visit(stream.m_class, nullptr);
+    visit(stream.m_state, nullptr);
+    visit(stream.m_redundant_type, nullptr);
+    visit(stream.m_vlan, "vlan");
+    visit(stream.m_udp, "udp");
+    visit(stream.m_ipv4, "ipv4");
+    visit(stream.m_rtp, "rtp");
+}
+
 }  // namespace
 
 std::string StreamData::macToString(const MacAddress& mac) {
@@ -52,14 +66,9 @@ void StreamData::readSamples(Json::Value& in) {
 }
 
 void StreamData::Serialize(Json::Value& out) const {
-    m_type.Serialize(out);
-    m_class.Serialize(out);
-    m_state.Serialize(out);
-    m_redundant_type.Serialize(out);
-    m_vlan.Serialize(out["vlan"]);
-    m_udp.Serialize(out["udp"]);
-    m_ipv4.Serialize(out["ipv4"]);
-    m_rtp.Serialize(out["rtp"]);
+    forEachRecordMember(*this, [&out](const auto& record, const char* key) {
+        record.Serialize(key != nullptr ? out[key] : out);
+    });
     out["name"] = Json::Value(m_name);
     m_channels.Serialize(out["channel-list"]);
     out["media-clk-offset"] = Json::Value(m_media_clk_offset);
@@ -73,14 +82,9 @@ void StreamData::Serialize(Json::Value& out) const {
 }
 
 void StreamData::Deserialize(Json::Value& in) {
-    m_type.Deserialize(in);
-    m_class.Deserialize(in);
-    m_state.Deserialize(in);
-    m_redundant_type.Deserialize(in);
-    m_vlan.Deserialize(in["vlan"]);
-    m_udp.Deserialize(in["udp"]);
-    m_ipv4.Deserialize(in["ipv4"]);
-    m_rtp.Deserialize(in["rtp"]);
+    forEachRecordMember(*this, [&in](auto& record, const char* key) {
+        record.Deserialize(key != nullptr ? in[key] : in);
+    });
     m_name = in.get("name", "").asString();
     m_channels.Deserialize(in["channel-list"]);
     m_media_clk_offset = in.get("media-clk-offset", 0).asInt();

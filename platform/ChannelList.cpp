@@ -1,6 +1,9 @@
 #include "pimAvMngApi/platform/ChannelList.h"
 
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/RecordArrays.h"
+
+using namespace pimav::detail;
 
 void ChannelId::Serialize(Json::Value& out) const {
     m_interface.Serialize(out["interface"]);
@@ -19,29 +22,9 @@ std::string ChannelId::toString() const {
            std::to_string(m_interface_index) + ":" + std::to_string(m_channel);
 }
 
-void ChannelList::Serialize(Json::Value& out) const {
-    out = Json::Value(Json::arrayValue);
-    for (const ChannelId& channel : m_channels) {
-        Json::Value element(Json::objectValue);
-        channel.Serialize(element);
-        out.append(element);
-    }
-}
+void ChannelList::Serialize(Json::Value& out) const { writeEach(m_channels, out); }
 
-void ChannelList::Deserialize(Json::Value& in) {
-    m_channels.clear();
-    if (in.isNull()) {
-        return;
-    }
-    if (!in.isArray()) {
-        Json::throwLogicError("ChannelList: \"channel-list\" is not an array");
-    }
-    for (Json::Value::ArrayIndex i = 0; i < in.size(); ++i) {
-        ChannelId channel;
-        channel.Deserialize(in[i]);
-        m_channels.push_back(channel);
-    }
-}
+void ChannelList::Deserialize(Json::Value& in) { readArrayOrNull(in, m_channels, "ChannelList", "\"channel-list\""); }
 
 ChannelId* ChannelList::getChannelEntry(int index) {
     if (index < 0 || index >= numChannelEntries()) {

@@ -15,51 +15,65 @@ constexpr RateInfo kRates[] = {
     {30, "30"}, {50, "50"},         {59, "60000/1001"}, {60, "60"},
 };
 
+// Frame rate of an interlaced signal whose field rate is `fieldRate`.
+constexpr VideoFormat::video_field_rate_t halfRate(VideoFormat::video_field_rate_t fieldRate) {
+    switch (fieldRate) {
+        case VideoFormat::VIDEO_RATE_50:
+            return VideoFormat::VIDEO_RATE_25;
+        case VideoFormat::VIDEO_RATE_59_94:
+            return VideoFormat::VIDEO_RATE_29_97;
+        case VideoFormat::VIDEO_RATE_60:
+            return VideoFormat::VIDEO_RATE_30;
+        default:
+            return VideoFormat::VIDEO_RATE_UNDEFINED;
+    }
+}
+
+// One format as its name says it: lines, scan and the rate of the name (the field rate
+// when interlaced). Every format is 16:9.
 struct FormatInfo {
     VideoFormat::video_format_t code;
     const char* name;
-    unsigned int width;
     unsigned int height;
     bool interlaced;
-    VideoFormat::video_field_rate_t frameRate;  // frames per second
-    VideoFormat::video_field_rate_t namedRate;  // rate of the name (field rate when interlaced)
+    VideoFormat::video_field_rate_t namedRate;
+
+    constexpr unsigned int width() const { return height * 16 / 9; }
+    // Frames per second.
+    constexpr VideoFormat::video_field_rate_t frameRate() const {
+        return interlaced ? halfRate(namedRate) : namedRate;
+    }
 };
 
 using VF = VideoFormat;
 constexpr FormatInfo kFormats[] = {
-    {VF::VIDEO_FORMAT_720P50, "720p50", 1280, 720, false, VF::VIDEO_RATE_50, VF::VIDEO_RATE_50},
-    {VF::VIDEO_FORMAT_720P59_94, "720p59.94", 1280, 720, false, VF::VIDEO_RATE_59_94, VF::VIDEO_RATE_59_94},
-    {VF::VIDEO_FORMAT_1080P25, "1080p25", 1920, 1080, false, VF::VIDEO_RATE_25, VF::VIDEO_RATE_25},
-    {VF::VIDEO_FORMAT_1080I50, "1080i50", 1920, 1080, true, VF::VIDEO_RATE_25, VF::VIDEO_RATE_50},
-    {VF::VIDEO_FORMAT_1080I59_94, "1080i59.94", 1920, 1080, true, VF::VIDEO_RATE_29_97, VF::VIDEO_RATE_59_94},
-    {VF::VIDEO_FORMAT_1080P30, "1080p30", 1920, 1080, false, VF::VIDEO_RATE_30, VF::VIDEO_RATE_30},
-    {VF::VIDEO_FORMAT_1080P50, "1080p50", 1920, 1080, false, VF::VIDEO_RATE_50, VF::VIDEO_RATE_50},
-    {VF::VIDEO_FORMAT_1080P23_98, "1080p23.98", 1920, 1080, false, VF::VIDEO_RATE_23_98,
-     VF::VIDEO_RATE_23_98},
-    {VF::VIDEO_FORMAT_1080P24, "1080p24", 1920, 1080, false, VF::VIDEO_RATE_24, VF::VIDEO_RATE_24},
-    {VF::VIDEO_FORMAT_720P60, "720p60", 1280, 720, false, VF::VIDEO_RATE_60, VF::VIDEO_RATE_60},
-    {VF::VIDEO_FORMAT_1080I60, "1080i60", 1920, 1080, true, VF::VIDEO_RATE_30, VF::VIDEO_RATE_60},
-    {VF::VIDEO_FORMAT_720P23_98, "720p23.98", 1280, 720, false, VF::VIDEO_RATE_23_98, VF::VIDEO_RATE_23_98},
-    {VF::VIDEO_FORMAT_720P24, "720p24", 1280, 720, false, VF::VIDEO_RATE_24, VF::VIDEO_RATE_24},
-    {VF::VIDEO_FORMAT_1080P59_94, "1080p59.94", 1920, 1080, false, VF::VIDEO_RATE_59_94,
-     VF::VIDEO_RATE_59_94},
-    {VF::VIDEO_FORMAT_1080P60, "1080p60", 1920, 1080, false, VF::VIDEO_RATE_60, VF::VIDEO_RATE_60},
-    {VF::VIDEO_FORMAT_720P25, "720p25", 1280, 720, false, VF::VIDEO_RATE_25, VF::VIDEO_RATE_25},
-    {VF::VIDEO_FORMAT_720P29_97, "720p29.97", 1280, 720, false, VF::VIDEO_RATE_29_97, VF::VIDEO_RATE_29_97},
-    {VF::VIDEO_FORMAT_720P30, "720p30", 1280, 720, false, VF::VIDEO_RATE_30, VF::VIDEO_RATE_30},
-    {VF::VIDEO_FORMAT_2160P23_98, "2160p23.98", 3840, 2160, false, VF::VIDEO_RATE_23_98,
-     VF::VIDEO_RATE_23_98},
-    {VF::VIDEO_FORMAT_2160P24, "2160p24", 3840, 2160, false, VF::VIDEO_RATE_24, VF::VIDEO_RATE_24},
-    {VF::VIDEO_FORMAT_1080P29_97, "1080p29.97", 1920, 1080, false, VF::VIDEO_RATE_29_97,
-     VF::VIDEO_RATE_29_97},
-    {VF::VIDEO_FORMAT_2160P50, "2160p50", 3840, 2160, false, VF::VIDEO_RATE_50, VF::VIDEO_RATE_50},
-    {VF::VIDEO_FORMAT_2160P25, "2160p25", 3840, 2160, false, VF::VIDEO_RATE_25, VF::VIDEO_RATE_25},
-    {VF::VIDEO_FORMAT_2160P60, "2160p60", 3840, 2160, false, VF::VIDEO_RATE_60, VF::VIDEO_RATE_60},
-    {VF::VIDEO_FORMAT_2160P59_94, "2160p59.94", 3840, 2160, false, VF::VIDEO_RATE_59_94,
-     VF::VIDEO_RATE_59_94},
-    {VF::VIDEO_FORMAT_2160P29_97, "2160p29.97", 3840, 2160, false, VF::VIDEO_RATE_29_97,
-     VF::VIDEO_RATE_29_97},
-    {VF::VIDEO_FORMAT_2160P30, "2160p30", 3840, 2160, false, VF::VIDEO_RATE_30, VF::VIDEO_RATE_30},
+    {VF::VIDEO_FORMAT_720P50, "720p50", 720, false, VF::VIDEO_RATE_50},
+    {VF::VIDEO_FORMAT_720P59_94, "720p59.94", 720, false, VF::VIDEO_RATE_59_94},
+    {VF::VIDEO_FORMAT_1080P25, "1080p25", 1080, false, VF::VIDEO_RATE_25},
+    {VF::VIDEO_FORMAT_1080I50, "1080i50", 1080, true, VF::VIDEO_RATE_50},
+    {VF::VIDEO_FORMAT_1080I59_94, "1080i59.94", 1080, true, VF::VIDEO_RATE_59_94},
+    {VF::VIDEO_FORMAT_1080P30, "1080p30", 1080, false, VF::VIDEO_RATE_30},
+    {VF::VIDEO_FORMAT_1080P50, "1080p50", 1080, false, VF::VIDEO_RATE_50},
+    {VF::VIDEO_FORMAT_1080P23_98, "1080p23.98", 1080, false, VF::VIDEO_RATE_23_98},
+    {VF::VIDEO_FORMAT_1080P24, "1080p24", 1080, false, VF::VIDEO_RATE_24},
+    {VF::VIDEO_FORMAT_720P60, "720p60", 720, false, VF::VIDEO_RATE_60},
+    {VF::VIDEO_FORMAT_1080I60, "1080i60", 1080, true, VF::VIDEO_RATE_60},
+    {VF::VIDEO_FORMAT_720P23_98, "720p23.98", 720, false, VF::VIDEO_RATE_23_98},
+    {VF::VIDEO_FORMAT_720P24, "720p24", 720, false, VF::VIDEO_RATE_24},
+    {VF::VIDEO_FORMAT_1080P59_94, "1080p59.94", 1080, false, VF::VIDEO_RATE_59_94},
+    {VF::VIDEO_FORMAT_1080P60, "1080p60", 1080, false, VF::VIDEO_RATE_60},
+    {VF::VIDEO_FORMAT_720P25, "720p25", 720, false, VF::VIDEO_RATE_25},
+    {VF::VIDEO_FORMAT_720P29_97, "720p29.97", 720, false, VF::VIDEO_RATE_29_97},
+    {VF::VIDEO_FORMAT_720P30, "720p30", 720, false, VF::VIDEO_RATE_30},
+    {VF::VIDEO_FORMAT_2160P23_98, "2160p23.98", 2160, false, VF::VIDEO_RATE_23_98},
+    {VF::VIDEO_FORMAT_2160P24, "2160p24", 2160, false, VF::VIDEO_RATE_24},
+    {VF::VIDEO_FORMAT_1080P29_97, "1080p29.97", 1080, false, VF::VIDEO_RATE_29_97},
+    {VF::VIDEO_FORMAT_2160P50, "2160p50", 2160, false, VF::VIDEO_RATE_50},
+    {VF::VIDEO_FORMAT_2160P25, "2160p25", 2160, false, VF::VIDEO_RATE_25},
+    {VF::VIDEO_FORMAT_2160P60, "2160p60", 2160, false, VF::VIDEO_RATE_60},
+    {VF::VIDEO_FORMAT_2160P59_94, "2160p59.94", 2160, false, VF::VIDEO_RATE_59_94},
+    {VF::VIDEO_FORMAT_2160P29_97, "2160p29.97", 2160, false, VF::VIDEO_RATE_29_97},
+    {VF::VIDEO_FORMAT_2160P30, "2160p30", 2160, false, VF::VIDEO_RATE_30},
 };
 
 const FormatInfo* findCode(int32_t code) {
@@ -77,8 +91,8 @@ const FormatInfo* findDetails(unsigned int width, unsigned int height, bool inte
         return nullptr;
     }
     for (const auto& f : kFormats) {
-        if (f.width == width && f.height == height && f.interlaced == interlaced &&
-            f.frameRate == frameRate) {
+        if (f.width() == width && f.height == height && f.interlaced == interlaced &&
+            f.frameRate() == frameRate) {
             return &f;
         }
     }
@@ -103,20 +117,6 @@ VideoFormat::video_field_rate_t rateOfExact(const std::string& text) {
     return VideoFormat::VIDEO_RATE_UNDEFINED;
 }
 
-// Frame rate of an interlaced signal whose field rate is `fieldRate`.
-VideoFormat::video_field_rate_t halfRate(VideoFormat::video_field_rate_t fieldRate) {
-    switch (fieldRate) {
-        case VideoFormat::VIDEO_RATE_50:
-            return VideoFormat::VIDEO_RATE_25;
-        case VideoFormat::VIDEO_RATE_59_94:
-            return VideoFormat::VIDEO_RATE_29_97;
-        case VideoFormat::VIDEO_RATE_60:
-            return VideoFormat::VIDEO_RATE_30;
-        default:
-            return VideoFormat::VIDEO_RATE_UNDEFINED;
-    }
-}
-
 }  // namespace
 
 VideoFormat::VideoFormat(video_format_t format) {
@@ -133,10 +133,10 @@ int VideoFormat::setVideoFormat(video_format_t format) {
         return -8;
     }
     m_format = info->code;
-    m_width = info->width;
+    m_width = info->width();
     m_height = info->height;
     m_interlaced = info->interlaced;
-    m_frame_rate = info->frameRate;
+    m_frame_rate = info->frameRate();
     return 0;
 }
 
@@ -180,7 +180,7 @@ int VideoFormat::checkVideoDetailConsistency() {
         const FormatInfo* info = findDetails(m_width, m_height, true, halfRate(m_frame_rate));
         if (info != nullptr) {
             m_format = info->code;
-            m_frame_rate = info->frameRate;
+            m_frame_rate = info->frameRate();
         }
     }
     return m_format == VIDEO_FORMAT_UNDEFINED ? -1 : 0;
@@ -211,7 +211,7 @@ int VideoFormat::getVideoDetails(video_field_rate_t& rate, unsigned int& width, 
         return -1;
     }
     rate = info->namedRate;
-    width = info->width;
+    width = info->width();
     height = info->height;
     interlaced = info->interlaced;
     return 0;
@@ -222,7 +222,7 @@ int VideoFormat::getExactFramerateString(std::string& text) const {
     if (info == nullptr) {
         return -1;
     }
-    text = kRates[info->frameRate].exact;
+    text = kRates[info->frameRate()].exact;
     return 0;
 }
 

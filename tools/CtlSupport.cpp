@@ -4,145 +4,32 @@
 #include <iomanip>
 #include <memory>
 
+#include "api/CommandTable.h"
+
 namespace pimav::detail {
 
 namespace {
-
-struct CommandName {
-    const char* method;  // AvMngApiJson method, "" for ids without one
-    const char* enumName;
-};
-
-const CommandName kCommandNames[Aes67Commands::kCommandCount] = {
-    {"getSessionSdp", "AES67_GET_SESSION_SDP"},
-    {"", "AES67_SAVE_SDP_INFO"},
-    {"addSourceSession", "AES67_ADD_SOURCE_SESSION"},
-    {"addDestinationSession", "AES67_ADD_DESTINATION_SESSION"},
-    {"removeSession", "AES67_REMOVE_SESSION"},
-    {"getSourceSessionList", "AES67_GET_SOURCE_LIST"},
-    {"getDestinationSessionList", "AES67_GET_DESTINATION_LIST"},
-    {"getAdvertisedSessionList", "AES67_GET_ADVERTISED_SESSIONS"},
-    {"updateSession", "AES67_UPDATE_SESSION"},
-    {"fileCfgSaveRunning", "AES67_FILE_SAVE_RUNNING"},
-    {"fileCfgGetRunning", "AES67_GET_RUNNING_CFG"},
-    {"fileCfgLoadCfgToRunning", "AES67_FILE_LOAD_TO_RUNNING"},
-    {"fileCfgLoadConfiguration", "AES67_FILE_LOAD_CFG_TO_RUNNING"},
-    {"fileCfgGetTable", "AES67_FILE_GET_TABLE"},
-    {"addDestinationSessionManually", "AES67_ADD_DESTINATION_SESSION_MANUALLY"},
-    {"getSessionBasicInfo", "AES67_GET_SESSION_BASIC_INFO"},
-    {"getChannelUsageTable", "AES67_GET_CHANNEL_TABLE"},
-    {"getDigitalInterfaces", "AES67_GET_DIGITAL_INTERFACES"},
-    {"getWebServices", "AES67_GET_WEB_SERVICES"},
-    {"getCodecs", "AES67_GET_CODECS"},
-    {"getSessionTPCStatistics", "AES67_GET_SESSION_TPC_STATISTICS"},
-    {"cfgSystemClk", "AES67_CLK_SET_CFG"},
-    {"getSystemClockInfo", "AES67_CLK_GET_INFO"},
-    {"pauseResumeSession", "AES67_PAUSE_RESUME_SESSION"},
-    {"getAlarmStatus", "AES67_GET_ALARM_STATUS"},
-    {"fileCfgSetStartupPos", "AES67_FILE_SET_STARTUP_POS"},
-    {"fileCfgRemoveConfig", "AES67_FILE_REMOVE_CFG"},
-    {"getGlobalConfig", "AES67_GET_GLOBAL_CFG"},
-    {"setGlobalConfig", "AES67_SET_GLOBAL_CFG"},
-    {"setSdiPatternGeneratorConfig", "AES67_SET_SDI_PATTERN_GENERATOR_CFG"},
-    {"setHdmiPatternGeneratorConfig", "AES67_SET_HDMI_PATTERN_GENERATOR_CFG"},
-    {"getSdiInterfaceInfo", "AES67_GET_SDI_INTERFACE_INFO"},
-    {"getSdiOffsets", "AES67_GET_SDI_OFFSETS"},
-    {"setSdiOffsets", "AES67_SET_SDI_OFFSETS"},
-    {"getHdmiAudioOffset", "AES67_GET_HDMI_AUDIO_OFFSET"},
-    {"setHdmiAudioOffset", "AES67_SET_HDMI_AUDIO_OFFSET"},
-    {"getSessionCounters", "AES67_GET_SESSION_COUNTERS"},
-    {"getSdiVpgInfo", "AES67_GET_SDI_VPG_INFO"},
-    {"getSessionInternalStatus", "AES67_GET_SESSION_INTERNAL_STATUS"},
-    {"resetSystemClockCounters", "AES67_RESET_SYSTEM_CLOCK_COUNTERS"},
-    {"getUserNotifications", "AES67_GET_USER_NOTIFICATIONS"},
-    {"getTdmCfgOptions", "AES67_GET_TDM_CFG_OPTIONS"},
-    {"", "AES67_REMOVE_EXTERNAL_ADVERTISEMENT"},
-    {"setInterfaceLoopBackMode", "AES67_SET_INTERFACE_LOOPBACK_MODE"},
-    {"getAudioCfgOptions", "AES67_GET_AUDIO_CFG_OPTIONS"},
-    {"getVideoReferenceCfg", "AES67_GET_VIDEO_REFERENCE_CFG"},
-    {"setVideoReferenceCfg", "AES67_SET_VIDEO_REFERENCE_CFG"},
-    {"getDefaultConfigurationParams", "AES67_GET_DEFAULT_CFG_PARAMS"},
-    {"getInternalDebugInfo", "AES67_GET_INTERNAL_DEBUG_INFO"},
-    {"disconnectChannels", "AES67_DISCONNECT_CHANNELS"},
-    {"getListOfExistingStreams", "AES67_GET_LIST_OF_EXISTING_STREAMS"},
-    {"getResourceAllocatedIds", "AES67_GET_RESOURCE_ALLOCATED_IDS"},
-    {"setSourceChannelGain", "AES67_SET_SOURCE_CHANNEL_GAIN"},
-    {"setDestinationChannelGain", "AES67_SET_DESTINATION_CHANNEL_GAIN"},
-    {"getSourceChannelGain", "AES67_GET_SOURCE_CHANNEL_GAIN"},
-    {"getDestinationChannelGain", "AES67_GET_DESTINATION_CHANNEL_GAIN"},
-};
 
 using RequestMethod = int (AvMngApiJson::*)(const Json::Value&, Json::Value&);
 using ReplyMethod = int (AvMngApiJson::*)(Json::Value&);
 using GainMethod = int (AvMngApiJson::*)(Json::Value&, Json::Value&);
 
+// The pass-through method of each command, by shape; none for the commands without one.
 struct PassThrough {
     RequestMethod request = nullptr;
     ReplyMethod replyOnly = nullptr;
     GainMethod gain = nullptr;
 };
 
-PassThrough passThroughOf(unsigned id) {
-    PassThrough p;
-    switch (id) {
-        case 0: p.request = &AvMngApiJson::getSessionSdp; break;
-        case 2: p.request = &AvMngApiJson::addSourceSession; break;
-        case 3: p.request = &AvMngApiJson::addDestinationSession; break;
-        case 4: p.request = &AvMngApiJson::removeSession; break;
-        case 5: p.replyOnly = &AvMngApiJson::getSourceSessionList; break;
-        case 6: p.replyOnly = &AvMngApiJson::getDestinationSessionList; break;
-        case 7: p.replyOnly = &AvMngApiJson::getAdvertisedSessionList; break;
-        case 8: p.request = &AvMngApiJson::updateSession; break;
-        case 9: p.request = &AvMngApiJson::fileCfgSaveRunning; break;
-        case 10: p.replyOnly = &AvMngApiJson::fileCfgGetRunning; break;
-        case 11: p.request = &AvMngApiJson::fileCfgLoadCfgToRunning; break;
-        case 12: p.request = &AvMngApiJson::fileCfgLoadConfiguration; break;
-        case 13: p.replyOnly = &AvMngApiJson::fileCfgGetTable; break;
-        case 14: p.request = &AvMngApiJson::addDestinationSessionManually; break;
-        case 15: p.request = &AvMngApiJson::getSessionBasicInfo; break;
-        case 16: p.request = &AvMngApiJson::getChannelUsageTable; break;
-        case 17: p.replyOnly = &AvMngApiJson::getDigitalInterfaces; break;
-        case 18: p.replyOnly = &AvMngApiJson::getWebServices; break;
-        case 19: p.replyOnly = &AvMngApiJson::getCodecs; break;
-        case 20: p.request = &AvMngApiJson::getSessionTPCStatistics; break;
-        case 21: p.request = &AvMngApiJson::cfgSystemClk; break;
-        case 22: p.replyOnly = &AvMngApiJson::getSystemClockInfo; break;
-        case 23: p.request = &AvMngApiJson::pauseResumeSession; break;
-        case 24: p.replyOnly = &AvMngApiJson::getAlarmStatus; break;
-        case 25: p.request = &AvMngApiJson::fileCfgSetStartupPos; break;
-        case 26: p.request = &AvMngApiJson::fileCfgRemoveConfig; break;
-        case 27: p.replyOnly = &AvMngApiJson::getGlobalConfig; break;
-        case 28: p.request = &AvMngApiJson::setGlobalConfig; break;
-        case 29: p.request = &AvMngApiJson::setSdiPatternGeneratorConfig; break;
-        case 30: p.request = &AvMngApiJson::setHdmiPatternGeneratorConfig; break;
-        case 31: p.replyOnly = &AvMngApiJson::getSdiInterfaceInfo; break;
-        case 32: p.replyOnly = &AvMngApiJson::getSdiOffsets; break;
-        case 33: p.request = &AvMngApiJson::setSdiOffsets; break;
-        case 34: p.replyOnly = &AvMngApiJson::getHdmiAudioOffset; break;
-        case 35: p.request = &AvMngApiJson::setHdmiAudioOffset; break;
-        case 36: p.request = &AvMngApiJson::getSessionCounters; break;
-        case 37: p.replyOnly = &AvMngApiJson::getSdiVpgInfo; break;
-        case 38: p.request = &AvMngApiJson::getSessionInternalStatus; break;
-        case 39: p.replyOnly = &AvMngApiJson::resetSystemClockCounters; break;
-        case 40: p.replyOnly = &AvMngApiJson::getUserNotifications; break;
-        case 41: p.replyOnly = &AvMngApiJson::getTdmCfgOptions; break;
-        case 43: p.request = &AvMngApiJson::setInterfaceLoopBackMode; break;
-        case 44: p.replyOnly = &AvMngApiJson::getAudioCfgOptions; break;
-        case 45: p.replyOnly = &AvMngApiJson::getVideoReferenceCfg; break;
-        case 46: p.request = &AvMngApiJson::setVideoReferenceCfg; break;
-        case 47: p.replyOnly = &AvMngApiJson::getDefaultConfigurationParams; break;
-        case 48: p.replyOnly = &AvMngApiJson::getInternalDebugInfo; break;
-        case 49: p.request = &AvMngApiJson::disconnectChannels; break;
-        case 50: p.replyOnly = &AvMngApiJson::getListOfExistingStreams; break;
-        case 51: p.replyOnly = &AvMngApiJson::getResourceAllocatedIds; break;
-        case 52: p.gain = &AvMngApiJson::setSourceChannelGain; break;
-        case 53: p.gain = &AvMngApiJson::setDestinationChannelGain; break;
-        case 54: p.gain = &AvMngApiJson::getSourceChannelGain; break;
-        case 55: p.gain = &AvMngApiJson::getDestinationChannelGain; break;
-        default: break;
-    }
-    return p;
-}
+#define PIMAV_PASS_THROUGH_REQUEST(method) {&AvMngApiJson::method, nullptr, nullptr}
+#define PIMAV_PASS_THROUGH_REPLY(method) {nullptr, &AvMngApiJson::method, nullptr}
+#define PIMAV_PASS_THROUGH_GAIN(method) {nullptr, nullptr, &AvMngApiJson::method}
+#define PIMAV_PASS_THROUGH_NONE(method) {}
+const PassThrough kPassThroughs[] = {
+#define PIMAV_COMMAND(id, name, method, shape, text) PIMAV_PASS_THROUGH_##shape(method),
+#include "api/CommandTable.def"
+#undef PIMAV_COMMAND
+};
 
 std::string lowerCase(std::string s) {
     for (auto& c : s) {
@@ -190,7 +77,7 @@ Json::Value CtlJsonApi::call(unsigned id, Json::Value& request, bool hasRequest)
     }
     Json::Value reply;
     int rc = 0;
-    const PassThrough p = passThroughOf(id);
+    const PassThrough& p = kPassThroughs[id];
     if (p.request != nullptr) {
         rc = (this->*p.request)(hasRequest ? request : Json::Value(Json::objectValue), reply);
     } else if (p.gain != nullptr) {
@@ -228,20 +115,21 @@ int commandIdOf(const std::string& text) {
         return value < Aes67Commands::kCommandCount ? static_cast<int>(value) : -1;
     }
     const std::string wanted = lowerCase(text);
-    for (unsigned id = 0; id < Aes67Commands::kCommandCount; ++id) {
-        if (wanted == lowerCase(kCommandNames[id].method) || wanted == lowerCase(kCommandNames[id].enumName)) {
-            return static_cast<int>(id);
+    for (const CommandRow& row : kCommandRows) {
+        const bool hasMethod = row.shape != CommandShape::NONE;
+        if ((hasMethod && wanted == lowerCase(row.method)) || wanted == lowerCase(row.enumName)) {
+            return static_cast<int>(row.id);
         }
     }
     return -1;
 }
 
 void printCommands(std::ostream& out) {
-    for (unsigned id = 0; id < Aes67Commands::kCommandCount; ++id) {
+    for (const CommandRow& row : kCommandRows) {
         std::string description;
-        Aes67Commands::getCommandNameStr(static_cast<aes67_command_id_t>(id), description);
-        const std::string method = kCommandNames[id].method[0] != '\0' ? kCommandNames[id].method : "-";
-        out << std::setw(2) << id << "  " << std::left << std::setw(30) << method << "  " << description
+        Aes67Commands::getCommandNameStr(row.id, description);
+        const std::string method = row.shape != CommandShape::NONE ? row.method : "-";
+        out << std::setw(2) << row.id << "  " << std::left << std::setw(30) << method << "  " << description
             << std::right << "\n";
     }
 }

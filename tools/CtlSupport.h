@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "ToolSupport.h"
+#include "common/AtomicFile.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
 
 namespace pimav::detail {

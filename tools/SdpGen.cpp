@@ -11,7 +11,7 @@
 #include <sstream>
 
 #include "SdpLintText.h"
-#include "ToolSupport.h"
+#include "common/AtomicFile.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
 namespace pimav::detail {

@@ -12,7 +12,7 @@
 #include <sstream>
 #include <tuple>
 
-#include "ToolSupport.h"
+#include "common/AtomicFile.h"
 
 namespace pimav::detail {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-// The minimum check of an SDP text, shared by sdptool's subcommands (with ToolSupport.h).
+// The minimum check of an SDP text, shared by sdptool's subcommands.
 
 #include <string>
 #include <vector>
 
-#include "ToolSupport.h"
+#include "common/AtomicFile.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 

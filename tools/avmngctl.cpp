@@ -22,6 +22,7 @@
 #include <CLI/CLI.hpp>
 
 #include "CtlSupport.h"
+#include "common/AtomicFile.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "platform/CurveKeys.h"
 

@@ -17,19 +17,20 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
-#include <sstream>
 
 #include <CLI/CLI.hpp>
 
+#include "common/AtomicFile.h"
+#include "common/ModuleOption.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "SdpExplain.h"
 #include "SdpGen.h"
 #include "SdpLint.h"
+#include "pimAvMngApi/sdp/SdpConverter.h"
 #include "SdptoolSap.h"
 #include "SdptoolSupport.h"
-#include "pimAvMngApi/sdp/SdpConverter.h"
 
 using namespace pimav::detail;
 
@@ -39,28 +40,6 @@ std::string render(const Json::Value& value) {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "  ";
     return Json::writeString(builder, value);
-}
-
-// Accepts the module's enumerator name (MODULE_SDI_BIDIR_ST2110) or its word
-// (SDI-BIDIR-ST2110).
-bool moduleFromText(const std::string& text, BitstreamType::module_t& module) {
-    static const struct {
-        const char* name;
-        BitstreamType::module_t value;
-    } kModules[] = {
-        {"MODULE_SDI_TR04", BitstreamType::MODULE_SDI_TR04},
-        {"MODULE_SDI_ST2110", BitstreamType::MODULE_SDI_ST2110},
-        {"MODULE_HDMI_ST2110", BitstreamType::MODULE_HDMI_ST2110},
-        {"MODULE_SDI_BIDIR_ST2110", BitstreamType::MODULE_SDI_BIDIR_ST2110},
-        {"MODULE_NA", BitstreamType::MODULE_NA},
-    };
-    for (const auto& m : kModules) {
-        if (text == m.name || text == BitstreamType::toString(m.value)) {
-            module = m.value;
-            return true;
-        }
-    }
-    return false;
 }
 
 // Parses one SDP text; a refusal is printed with its reason on one line (the first user
@@ -163,7 +142,7 @@ int main(int argc, char** argv) {
         }
         if (!module.empty()) {
             BitstreamType::module_t value = BitstreamType::MODULE_NA;
-            if (!moduleFromText(module, value)) {
+            if (!moduleFromOption(module, value)) {
                 std::cerr << "sdptool: unknown module " << module << std::endl;
                 return 2;
             }

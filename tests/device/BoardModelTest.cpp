@@ -61,7 +61,7 @@ TEST(BoardModel, FormatListPerModelAndModule) {
         EXPECT_EQ(capture.texts(),
                   std::vector<std::string>{"BoardModel::setModel - " + boardModelTypeToString(row.model)});
         EXPECT_EQ(capture.at(5).size(), 1u);
-        // Rebuilding replaces the list instead of appending to it.
+        // Rebuilding gives the same list: it is replaced, not appended to.
         EXPECT_EQ(board.initializeSupportedVideoFormatList(), 0);
         EXPECT_EQ(codes(board), row.expected);
         // The list follows the module when it changes.

@@ -6,8 +6,10 @@
 
 #include <chrono>
 #include <fstream>
+#include <sstream>
 
 #include "EmulatorProcess.h"
+#include "support/CommandRows.h"
 
 using namespace pimav::detail;
 
@@ -33,12 +35,42 @@ size_t countLines(const std::string& text) { return static_cast<size_t>(std::cou
 }  // namespace
 
 TEST(Avmngctl, CommandsListsAllIdsWithoutADaemon) {
+    // One line per command: the id right-aligned, the method ("-" without one), the text.
     const auto r = run({ctl(), "commands"});
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(countLines(r.out), 56u);
-    EXPECT_NE(r.out.find("55  getDestinationChannelGain"), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("GET get gain of channels on Listener XC"), std::string::npos);
-    EXPECT_NE(r.out.find("42  -"), std::string::npos);
+    std::istringstream lines(r.out);
+    for (const CommandRowText& row : commandRows()) {
+        std::string line;
+        ASSERT_TRUE(std::getline(lines, line)) << row.id;
+        EXPECT_EQ(line.substr(0, 2), (row.id < 10 ? " " : "") + std::to_string(row.id)) << line;
+        std::istringstream words(line.substr(2));
+        std::string method;
+        words >> method;
+        EXPECT_EQ(method, row.hasMethod() ? row.method : "-") << line;
+        EXPECT_EQ(line.substr(line.size() - std::min(line.size(), row.description.size() + 2)),
+                  "  " + row.description)
+            << line;
+    }
+    EXPECT_EQ(countLines(r.out), commandRows().size());
+}
+
+// A command without a client method is sent by its id or enum name; its emulator
+// handler's name is no command name.
+TEST(Avmngctl, CommandsWithoutAMethodGoByIdOrEnumName) {
+    const std::string port = std::to_string(freeLoopbackPort());
+    for (const CommandRowText& row : commandRows()) {
+        if (row.hasMethod()) {
+            continue;
+        }
+        for (const std::string& name : {std::to_string(row.id), row.enumName}) {
+            const auto sent = run({ctl(), "--port", port, "--timeout", "1", "send", name});
+            EXPECT_EQ(sent.status, 1) << name << ": " << sent.err;
+            EXPECT_NE(sent.err.find("error -105"), std::string::npos) << sent.err;
+        }
+        const auto unknown = run({ctl(), "--port", port, "--timeout", "1", "send", row.method});
+        EXPECT_EQ(unknown.status, 2) << row.method;
+        EXPECT_NE(unknown.err.find("unknown command"), std::string::npos) << unknown.err;
+    }
 }
 
 TEST(Avmngctl, SendByIdOrNamePrintsTheReply) {

@@ -16,6 +16,8 @@
 #include <thread>
 #include <zmq.hpp>
 
+#include "platform/IpcWire.h"
+
 namespace pimav::detail {
 
 namespace {
@@ -232,19 +234,12 @@ std::string EmulatorProcess::callRaw(const std::vector<std::string>& frames, int
 }
 
 Json::Value EmulatorProcess::call(unsigned id, const Json::Value& request, int timeoutMs) const {
-    std::string idFrame(4, '\0');
-    for (int i = 0; i < 4; ++i) {
-        idFrame[static_cast<size_t>(i)] = static_cast<char>((id >> (8 * i)) & 0xFF);
-    }
-    const std::string text = callRaw({idFrame, request.isNull() ? std::string() : compact(request)}, timeoutMs);
+    const std::string text =
+        callRaw({encodeCommandId(id), request.isNull() ? std::string() : compact(request)}, timeoutMs);
     return text.empty() ? Json::Value() : parse(text);
 }
 
-std::string compact(const Json::Value& value) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    return Json::writeString(builder, value);
-}
+std::string compact(const Json::Value& value) { return renderDocument(value); }
 
 Json::Value parse(const std::string& text) {
     Json::CharReaderBuilder builder;

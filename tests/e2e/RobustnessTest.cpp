@@ -8,19 +8,11 @@
 
 #include "EmulatorProcess.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
+#include "platform/IpcWire.h"
 
 using namespace pimav::detail;
 
-
 namespace {
-
-std::string idFrame(uint32_t id) {
-    std::string frame(4, '\0');
-    for (int i = 0; i < 4; ++i) {
-        frame[static_cast<size_t>(i)] = static_cast<char>((id >> (8 * i)) & 0xFF);
-    }
-    return frame;
-}
 
 Json::Value audioSender(const std::string& name, unsigned channels) {
     Json::Value doc;
@@ -47,19 +39,19 @@ TEST(EmulatorRobustness, UnreadableRequestsGetAnErrorReplyAndTheDaemonGoesOn) {
         std::vector<std::string> frames;
     };
     const std::vector<Case> cases = {
-        {"one frame", {idFrame(5)}},
-        {"three frames", {idFrame(5), "", ""}},
+        {"one frame", {encodeCommandId(5)}},
+        {"three frames", {encodeCommandId(5), "", ""}},
         {"short id frame", {"ab", ""}},
-        {"unknown id", {idFrame(56), ""}},
-        {"huge id", {idFrame(0xFFFFFFFFu), ""}},
-        {"bad JSON", {idFrame(4), "{\"id\":"}},
-        {"JSON array", {idFrame(4), "[1,2]"}},
-        {"JSON number", {idFrame(4), "42"}},
-        {"wrong kind of id", {idFrame(4), "{\"id\":\"seven\"}"}},
-        {"missing request", {idFrame(4), ""}},
-        {"unknown session", {idFrame(0), "{\"id\":999999}"}},
-        {"session id 0", {idFrame(15), "{\"id\":0}"}},
-        {"position out of range", {idFrame(25), "{\"pos\":11}"}},
+        {"unknown id", {encodeCommandId(56), ""}},
+        {"huge id", {encodeCommandId(0xFFFFFFFFu), ""}},
+        {"bad JSON", {encodeCommandId(4), "{\"id\":"}},
+        {"JSON array", {encodeCommandId(4), "[1,2]"}},
+        {"JSON number", {encodeCommandId(4), "42"}},
+        {"wrong kind of id", {encodeCommandId(4), "{\"id\":\"seven\"}"}},
+        {"missing request", {encodeCommandId(4), ""}},
+        {"unknown session", {encodeCommandId(0), "{\"id\":999999}"}},
+        {"session id 0", {encodeCommandId(15), "{\"id\":0}"}},
+        {"position out of range", {encodeCommandId(25), "{\"pos\":11}"}},
     };
     for (const auto& c : cases) {
         const Json::Value reply = parse(emulator.callRaw(c.frames));
@@ -69,7 +61,7 @@ TEST(EmulatorRobustness, UnreadableRequestsGetAnErrorReplyAndTheDaemonGoesOn) {
         EXPECT_FALSE(reply["error"]["message"].asString().empty()) << c.what;
     }
     EXPECT_EQ(emulator.call(15, Json::Value())["error"]["code"].asInt(), -13);
-    EXPECT_EQ(emulator.callRaw({idFrame(15), "{\"id\":0}"}).find("-14") != std::string::npos, true);
+    EXPECT_EQ(emulator.callRaw({encodeCommandId(15), "{\"id\":0}"}).find("-14") != std::string::npos, true);
     EXPECT_EQ(emulator.call(25, [] { Json::Value v; v["pos"] = 11; return v; }())["error"]["code"].asInt(), -8);
 }
 
@@ -84,21 +76,21 @@ TEST(EmulatorRobustness, SurvivesTenThousandMalformedRequestsInARow) {
                 frames = {std::string(static_cast<size_t>(1 + i % 7), static_cast<char>(byte(random)))};
                 break;
             case 1:  // an id that is no command
-                frames = {idFrame(56 + static_cast<uint32_t>(random() % 100000)), "{}"};
+                frames = {encodeCommandId(56 + static_cast<uint32_t>(random() % 100000)), "{}"};
                 break;
             case 2: {  // a valid id with random text
                 std::string text(static_cast<size_t>(1 + i % 40), ' ');
                 for (auto& ch : text) {
                     ch = static_cast<char>(byte(random));
                 }
-                frames = {idFrame(static_cast<uint32_t>(i % 56)), text};
+                frames = {encodeCommandId(static_cast<uint32_t>(i % 56)), text};
                 break;
             }
             case 3:  // members of the wrong kind
-                frames = {idFrame(static_cast<uint32_t>(i % 56)), "{\"id\":[1],\"pos\":\"x\",\"pause\":3,\"all\":{}}"};
+                frames = {encodeCommandId(static_cast<uint32_t>(i % 56)), "{\"id\":[1],\"pos\":\"x\",\"pause\":3,\"all\":{}}"};
                 break;
             default:  // too many frames
-                frames = {idFrame(2), "{}", "extra", "more"};
+                frames = {encodeCommandId(2), "{}", "extra", "more"};
                 break;
         }
         const std::string reply = emulator.callRaw(frames, 5000);

@@ -8,9 +8,10 @@
 #include <cstdio>
 #include <fstream>
 
-#include "AtomicFile.h"
 #include "Emulator.h"
-#include "RequestServer.h"
+#include "common/AtomicFile.h"
+#include "common/RequestServer.h"
+#include "support/CommandRows.h"
 #include "support/LogCapture.h"
 
 using namespace pimav::detail;
@@ -86,6 +87,19 @@ TEST(EmulatorRequest, FramesDecodeOrAreRefusedWithTheReason) {
               R"({"error":{"code":-1,"message":"refused","user-messages":["a","b"]}})");
 }
 
+TEST(EmulatorRequest, EveryCommandOfTheTableHasAHandler) {
+    EmulatorOptions options;
+    options.configDir = tempDir("dispatch");
+    Emulator emulator(options);
+    for (const CommandRowText& row : commandRows()) {
+        const std::string message = call(emulator, row.id)["error"]["message"].asString();
+        EXPECT_EQ(message.find("unknown command"), std::string::npos) << row.method << ": " << message;
+    }
+    const auto past = static_cast<unsigned>(commandRows().size());
+    EXPECT_EQ(call(emulator, past)["error"]["message"].asString(),
+              "unknown command id " + std::to_string(past));
+}
+
 TEST(EmulatorFiles, AtomicWriteReplacesWholeAndLeavesNoTemporaryFile) {
     const std::string dir = tempDir("atomic");
     const std::string path = dir + "/state.json";
@@ -136,7 +150,7 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
         EXPECT_GT(call(emulator, 2, R"({"audio-sources":[{"channel-list":[{"channel":2}]}]})")["session-id"].asUInt64(),
                   sender);
     }
-    // A torn running file is logged and ignored rather than stopping the daemon.
+    // A torn running file is logged and ignored; the daemon starts all the same.
     std::ofstream(options.configDir + "/running.json") << "{\"sessions\": [";
     LogCapture capture;
     Emulator emulator(options);

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "Emulator.h"
-#include "RequestServer.h"
+#include "common/RequestServer.h"
 #include "pimAvMngApi/api/AvMngApi.h"
 
 using namespace pimav::detail;
@@ -28,15 +28,9 @@ public:
         EmulatorOptions options;
         options.configDir = m_dir;
         m_emulator = std::make_unique<Emulator>(options);
-        // A port found free may be taken again before the bind: try a few.
-        for (int attempt = 0; !m_server && attempt < 20; ++attempt) {
-            m_port = freePort();
-            try {
-                m_server =
-                    std::make_unique<RequestServer>(m_context, "tcp://127.0.0.1:" + std::to_string(m_port));
-            } catch (const zmq::error_t&) {
-            }
-        }
+        m_server = std::make_unique<RequestServer>(m_context, "tcp://127.0.0.1:*");
+        const std::string endpoint = m_server->endpoint();
+        m_port = static_cast<uint16_t>(std::stoul(endpoint.substr(endpoint.rfind(':') + 1)));
         if (m_server) {
             m_thread = std::thread([this] {
                 m_server->serve(
@@ -55,16 +49,6 @@ public:
     uint16_t port() const { return m_port; }
 
 private:
-    // A port bound and released again; its own context, whose end waits until the port is free.
-    static uint16_t freePort() {
-        zmq::context_t context;
-        zmq::socket_t probe(context, zmq::socket_type::rep);
-        probe.set(zmq::sockopt::linger, 0);
-        probe.bind("tcp://127.0.0.1:*");
-        const std::string endpoint = probe.get(zmq::sockopt::last_endpoint);
-        return static_cast<uint16_t>(std::stoul(endpoint.substr(endpoint.rfind(':') + 1)));
-    }
-
     std::string m_dir;
     zmq::context_t m_context;
     std::unique_ptr<Emulator> m_emulator;

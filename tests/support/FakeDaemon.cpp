@@ -1,6 +1,5 @@
 #include "support/FakeDaemon.h"
 
-#include <cerrno>
 #include <utility>
 
 #include "platform/IpcWire.h"
@@ -31,18 +30,22 @@ FakeDaemon::Action FakeDaemon::Action::silent() {
     return a;
 }
 
-FakeDaemon::FakeDaemon(uint16_t port) : m_context(1), m_socket(m_context, zmq::socket_type::router) {
-    m_socket.set(zmq::sockopt::linger, 0);
-    m_socket.bind(port == 0 ? std::string("tcp://127.0.0.1:*") : "tcp://127.0.0.1:" + std::to_string(port));
-    m_endpoint = m_socket.get(zmq::sockopt::last_endpoint);
+FakeDaemon::FakeDaemon(uint16_t port)
+    : m_context(1),
+      m_server(m_context,
+               port == 0 ? std::string("tcp://127.0.0.1:*") : "tcp://127.0.0.1:" + std::to_string(port)) {
+    m_endpoint = m_server.endpoint();
     m_port = static_cast<uint16_t>(std::stoul(m_endpoint.substr(m_endpoint.rfind(':') + 1)));
-    m_thread = std::thread([this] { serve(); });
+    m_thread = std::thread([this] {
+        m_server.serveFrames(
+            m_stop, [this](const auto& frames, auto& reply) { return answerFrames(frames, reply); }, nullptr,
+            10);
+    });
 }
 
 FakeDaemon::~FakeDaemon() {
     m_stop = true;
     m_thread.join();
-    m_socket.close();
 }
 
 void FakeDaemon::replyWith(const Json::Value& document) {
@@ -105,65 +108,30 @@ FakeDaemon::Action FakeDaemon::answerFor(const Request& request) {
     return handler(request);
 }
 
-void FakeDaemon::serve() {
-    while (!m_stop) {
-        zmq::pollitem_t item{m_socket.handle(), 0, ZMQ_POLLIN, 0};
-        try {
-            zmq::poll(&item, 1, std::chrono::milliseconds(10));
-        } catch (const zmq::error_t& e) {
-            if (e.num() == EINTR) {
-                continue;
-            }
-            throw;
-        }
-        if ((item.revents & ZMQ_POLLIN) == 0) {
-            continue;
-        }
-        // Envelope: identity, empty delimiter; then the request body.
-        std::vector<std::string> frames;
-        zmq::message_t part;
-        do {
-            if (!m_socket.recv(part, zmq::recv_flags::dontwait)) {
-                break;
-            }
-            frames.emplace_back(part.to_string());
-        } while (part.more());
-        if (frames.size() < 2 || !frames[1].empty()) {
-            continue;  // not from a REQ client
-        }
-        const std::string identity = frames[0];
-
-        Request request;
-        request.frameCount = frames.size() - 2;
-        if (request.frameCount >= 1) {
-            request.idFrame = frames[2];
-            decodeCommandId(frames[2].data(), frames[2].size(), request.commandId);
-        }
-        if (request.frameCount >= 2) {
-            request.documentText = frames[3];
-            request.hasDocument = !request.documentText.empty();
-            request.documentIsJson = parseDocument(request.documentText.data(),
-                                                            request.documentText.size(), request.document);
-        }
-        {
-            std::lock_guard<std::mutex> lock(m_mutex);
-            m_requests.push_back(request);
-        }
-        m_arrived.notify_all();
-
-        const Action action = answerFor(request);
-        if (action.kind == Action::Kind::Silent) {
-            continue;
-        }
-        std::vector<std::string> body =
-            action.kind == Action::Kind::Reply
-                ? std::vector<std::string>{renderDocument(action.document)}
-                : action.frames;
-        m_socket.send(zmq::buffer(identity), zmq::send_flags::sndmore);
-        m_socket.send(zmq::message_t(), body.empty() ? zmq::send_flags::none : zmq::send_flags::sndmore);
-        for (size_t i = 0; i < body.size(); ++i) {
-            m_socket.send(zmq::buffer(body[i]),
-                          i + 1 < body.size() ? zmq::send_flags::sndmore : zmq::send_flags::none);
-        }
+bool FakeDaemon::answerFrames(const std::vector<std::string>& frames, std::vector<std::string>& reply) {
+    Request request;
+    request.frameCount = frames.size();
+    if (request.frameCount >= 1) {
+        request.idFrame = frames[0];
+        decodeCommandId(frames[0].data(), frames[0].size(), request.commandId);
     }
+    if (request.frameCount >= 2) {
+        request.documentText = frames[1];
+        request.hasDocument = !request.documentText.empty();
+        request.documentIsJson =
+            parseDocument(request.documentText.data(), request.documentText.size(), request.document);
+    }
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_requests.push_back(request);
+    }
+    m_arrived.notify_all();
+
+    Action action = answerFor(request);
+    if (action.kind == Action::Kind::Silent) {
+        return false;
+    }
+    reply = action.kind == Action::Kind::Reply ? std::vector<std::string>{renderDocument(action.document)}
+                                               : std::move(action.frames);
+    return true;
 }

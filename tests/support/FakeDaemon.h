@@ -14,6 +14,8 @@
 #include <vector>
 #include <zmq.hpp>
 
+#include "common/RequestServer.h"
+
 // A daemon for tests: a real ZeroMQ endpoint on loopback, served by its own thread and
 // its own context, that records every request and answers from a script.
 //
@@ -24,9 +26,8 @@
 //   api.getSourceSessionList(reply);
 //   daemon.requests()[0].commandId == 5
 //
-// The socket is a ROUTER speaking the REP envelope itself (identity, empty delimiter,
-// body), which to a REQ client is the same as a REP socket, but lets the daemon leave
-// a request unanswered and still serve the next one.
+// The endpoint is the emulator's RequestServer at frame level, which can leave a request
+// unanswered and still serve the next one.
 //
 // Answer of each request, first match wins: the next queued action, the handler set by
 // onRequest(), the default reply (an empty object until replyWith() changes it).
@@ -79,11 +80,11 @@ public:
     void clearRequests();
 
 private:
-    void serve();
+    bool answerFrames(const std::vector<std::string>& frames, std::vector<std::string>& reply);
     Action answerFor(const Request& request);
 
     zmq::context_t m_context;
-    zmq::socket_t m_socket;
+    pimav::detail::RequestServer m_server;
     std::string m_endpoint;
     uint16_t m_port = 0;
 

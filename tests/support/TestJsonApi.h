@@ -9,8 +9,8 @@
 #include "pimAvMngApi/api/AvMngApiJson.h"
 #include "support/FakeDaemon.h"
 
-// AvMngApiJson for tests against a FakeDaemon: a short reply limit instead of the
-// production 150 s, and a one-call set-up that points the endpoint at the daemon.
+// AvMngApiJson for tests against a FakeDaemon: a short reply limit (3 s unless given; the
+// production limit is 150 s), and a one-call set-up that points the endpoint at the daemon.
 class TestJsonApi : public AvMngApiJson {
 public:
     explicit TestJsonApi(int timeoutMs = 3000) : m_timeout_ms(timeoutMs) {}

@@ -1,8 +1,9 @@
-#include "RequestServer.h"
+#include "common/RequestServer.h"
 
 #include <memory>
 
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/IpcWire.h"
 
 namespace pimav::detail {
 
@@ -18,18 +19,14 @@ Json::Value errorReply(int code, const std::string& message, const std::vector<s
 
 Request decodeRequest(const std::vector<std::string>& frames) {
     if (frames.size() != 2) {
-        throw CommandError(kUnreadableRequest,
-                           "expected 2 frames (command id, request document), got " + std::to_string(frames.size()));
-    }
-    const std::string& idFrame = frames[0];
-    if (idFrame.size() != 4) {
-        throw CommandError(kUnreadableRequest,
-                           "command id frame must hold 4 bytes, got " + std::to_string(idFrame.size()));
+        throw CommandError(kUnreadableRequest, "expected 2 frames (command id, request document), got " +
+                                                   std::to_string(frames.size()));
     }
     Request request;
-    const auto* b = reinterpret_cast<const unsigned char*>(idFrame.data());
-    request.commandId = static_cast<uint32_t>(b[0]) | (static_cast<uint32_t>(b[1]) << 8) |
-                        (static_cast<uint32_t>(b[2]) << 16) | (static_cast<uint32_t>(b[3]) << 24);
+    if (!decodeCommandId(frames[0].data(), frames[0].size(), request.commandId)) {
+        throw CommandError(kUnreadableRequest,
+                           "command id frame must hold 4 bytes, got " + std::to_string(frames[0].size()));
+    }
     const std::string& text = frames[1];
     if (text.empty()) {
         return request;
@@ -41,7 +38,8 @@ Request decodeRequest(const std::vector<std::string>& frames) {
     Json::Value document;
     if (!reader->parse(text.data(), text.data() + text.size(), &document, &errors)) {
         auto end = errors.find('\n');
-        throw CommandError(kUnreadableRequest, "request document is not valid JSON: " + errors.substr(0, end));
+        throw CommandError(kUnreadableRequest,
+                           "request document is not valid JSON: " + errors.substr(0, end));
     }
     if (!document.isObject()) {
         throw CommandError(kUnreadableRequest, "request document must be a JSON object");
@@ -61,13 +59,14 @@ std::string renderReply(const Json::Value& reply) {
     return Json::writeString(builder, reply);
 }
 
-RequestServer::RequestServer(zmq::context_t& context, const std::string& endpoint)
-    : m_socket(context, zmq::socket_type::rep) {
-    m_socket.set(zmq::sockopt::linger, 0);
-    m_socket.bind(endpoint);
-}
+namespace {
 
-Json::Value RequestServer::answer(const std::vector<std::string>& frames, const Handler& handler) {
+// Frames of a request's envelope (routing frames and the delimiter): one routing frame per
+// hop, only a few on any real path.
+constexpr size_t kMaxEnvelopeFrames = 8;
+
+// The reply document for one request's frames: the handler's, or an error reply.
+Json::Value answer(const std::vector<std::string>& frames, const RequestServer::Handler& handler) {
     uint32_t id = 0;
     try {
         Request request = decodeRequest(frames);
@@ -85,45 +84,77 @@ Json::Value RequestServer::answer(const std::vector<std::string>& frames, const 
     }
 }
 
-bool RequestServer::serveOne(const Handler& handler, int timeoutMs) {
+}  // namespace
+
+RequestServer::RequestServer(zmq::context_t& context, const std::string& endpoint)
+    : m_socket(context, zmq::socket_type::router) {
+    m_socket.set(zmq::sockopt::linger, 0);
+    m_socket.bind(endpoint);
+}
+
+std::string RequestServer::endpoint() const {
+    return m_socket.get(zmq::sockopt::last_endpoint);
+}
+
+void RequestServer::serveOne(const FrameHandler& handler, int timeoutMs) {
     zmq::pollitem_t items[] = {{m_socket.handle(), 0, ZMQ_POLLIN, 0}};
     int ready = 0;
     try {
         ready = zmq::poll(items, 1, std::chrono::milliseconds(timeoutMs));
     } catch (const zmq::error_t& e) {
         if (e.num() == EINTR) {
-            return false;
+            return;
         }
         throw;
     }
     if (ready <= 0 || (items[0].revents & ZMQ_POLLIN) == 0) {
-        return false;
+        return;
     }
+    // Routing frames up to the empty delimiter, then the request's frames.
+    std::vector<std::string> envelope;
     std::vector<std::string> frames;
+    bool delimited = false;
+    bool overlong = false;
     for (;;) {
         zmq::message_t part;
-        auto got = m_socket.recv(part, zmq::recv_flags::none);
-        if (!got) {
+        if (!m_socket.recv(part, zmq::recv_flags::none)) {
             break;
         }
-        // Only the first few frames matter; a flood of frames is counted, not kept.
-        if (frames.size() < 3) {
+        if (!delimited) {
+            delimited = part.size() == 0;
+            overlong = overlong || envelope.size() == kMaxEnvelopeFrames;
+            if (!overlong) {
+                envelope.emplace_back(static_cast<const char*>(part.data()), part.size());
+            }
+        } else if (frames.size() < kKeptFrames) {
             frames.emplace_back(static_cast<const char*>(part.data()), part.size());
         } else {
+            // A flood of frames is counted, not kept.
             frames.emplace_back();
         }
         if (!part.more()) {
             break;
         }
     }
-    const std::string text = renderReply(answer(frames, handler));
-    m_socket.send(zmq::buffer(text), zmq::send_flags::none);
+    if (!delimited || overlong) {
+        return;  // no REQ envelope: dropped, as a REP socket drops it
+    }
     ++m_served;
-    return true;
+    std::vector<std::string> reply;
+    if (!handler(frames, reply)) {
+        return;
+    }
+    // The reply travels behind the request's envelope.
+    std::vector<std::string> message = std::move(envelope);
+    message.insert(message.end(), reply.begin(), reply.end());
+    for (size_t i = 0; i < message.size(); ++i) {
+        m_socket.send(zmq::buffer(message[i]),
+                      i + 1 < message.size() ? zmq::send_flags::sndmore : zmq::send_flags::none);
+    }
 }
 
-void RequestServer::serve(const std::atomic<bool>& stop, const Handler& handler, const std::function<void()>& idle,
-                          int pollMs) {
+void RequestServer::serveFrames(const std::atomic<bool>& stop, const FrameHandler& handler,
+                                const std::function<void()>& idle, int pollMs) {
     while (!stop.load()) {
         serveOne(handler, pollMs);
         // After every request as well as every idle poll, so that a steady stream of
@@ -132,6 +163,17 @@ void RequestServer::serve(const std::atomic<bool>& stop, const Handler& handler,
             idle();
         }
     }
+}
+
+void RequestServer::serve(const std::atomic<bool>& stop, const Handler& handler,
+                          const std::function<void()>& idle, int pollMs) {
+    serveFrames(
+        stop,
+        [&handler](const std::vector<std::string>& frames, std::vector<std::string>& reply) {
+            reply = {renderReply(answer(frames, handler))};
+            return true;
+        },
+        idle, pollMs);
 }
 
 }  // namespace pimav::detail

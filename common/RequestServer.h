@@ -41,7 +41,8 @@ private:
 // Builds the reply document of a refused request:
 // {"error": {"code": code, "message": text, "user-messages": [text, ...]}}, the last member
 // only when there are user messages.
-Json::Value errorReply(int code, const std::string& message, const std::vector<std::string>& userMessages = {});
+Json::Value errorReply(int code, const std::string& message,
+                       const std::vector<std::string>& userMessages = {});
 
 // Decodes the frames of one request. Frame 1 is the command id as a 4-byte
 // little-endian unsigned number, frame 2 the request document as JSON text or empty.
@@ -51,30 +52,43 @@ Request decodeRequest(const std::vector<std::string>& frames);
 // Renders a reply document as compact one-line JSON text.
 std::string renderReply(const Json::Value& reply);
 
-// The daemon's end of the link: one ZeroMQ REP socket, one reply per request.
+// The daemon's end of the link: one ZeroMQ ROUTER socket that speaks the REP envelope
+// itself (routing frames up to an empty delimiter, then the request's frames), so that to
+// a REQ client it is a REP socket, while a request may also be left unanswered.
 class RequestServer {
 public:
+    // A decoded request in, the reply document out (or CommandError thrown).
     using Handler = std::function<Json::Value(const Request&)>;
+    // The request's frames in; fills the reply's frames and returns true, or returns false
+    // to leave the request unanswered. At most kKeptFrames frames are kept, the others
+    // are passed as empty frames so that their number still shows.
+    using FrameHandler =
+        std::function<bool(const std::vector<std::string>& request, std::vector<std::string>& reply)>;
+    static constexpr size_t kKeptFrames = 3;
 
     // Binds the socket; throws zmq::error_t when the endpoint cannot be bound.
     RequestServer(zmq::context_t& context, const std::string& endpoint);
 
+    // The endpoint as bound: a wildcard port ("tcp://127.0.0.1:*") reads as the port chosen.
+    std::string endpoint() const;
+
     // Answers requests until `stop` becomes true. The socket is polled with a short
     // time limit so that a stop request (a signal handler setting the flag) is seen
-    // within `pollMs` milliseconds; `idle` runs after every poll round. The handler's
-    // exceptions are caught per request and answered with an error reply: the loop never
-    // ends because of its input.
+    // within `pollMs` milliseconds; `idle` (when set) runs after every poll round. The
+    // handler's exceptions are caught per request and answered with an error reply: the
+    // loop never ends because of its input.
     void serve(const std::atomic<bool>& stop, const Handler& handler, const std::function<void()>& idle,
                int pollMs = 100);
+    // The same loop with the frames handed over as they are.
+    void serveFrames(const std::atomic<bool>& stop, const FrameHandler& handler,
+                     const std::function<void()>& idle, int pollMs);
 
-    // Answers the one request that is waiting (if any) within `timeoutMs`. Returns
-    // true when a request was answered.
-    bool serveOne(const Handler& handler, int timeoutMs);
-
+    // Requests handled so far.
     uint64_t requestsServed() const { return m_served; }
 
 private:
-    Json::Value answer(const std::vector<std::string>& frames, const Handler& handler);
+    // Handles the one request that is waiting (if any) within `timeoutMs`.
+    void serveOne(const FrameHandler& handler, int timeoutMs);
 
     zmq::socket_t m_socket;
     uint64_t m_served = 0;

@@ -1,0 +1,48 @@
+#pragma once
+
+// The command table of api/CommandTable.def as data for code that looks commands up at
+// run time (avmngctl), and the checks that hold the table to the public enum.
+
+#include <cstddef>
+#include <iterator>
+
+#include "pimAvMngApi/api/Aes67Commands.h"
+
+namespace pimav::detail {
+
+// How a command's pass-through method takes its documents (see api/CommandTable.def).
+enum class CommandShape { REQUEST, REPLY, GAIN, NONE };
+
+struct CommandRow {
+    aes67_command_id_t id;
+    const char* enumName;  // "AES67_GET_SESSION_SDP"
+    const char* method;    // "getSessionSdp"; for NONE the emulator's handler
+    CommandShape shape;
+};
+
+inline constexpr CommandRow kCommandRows[] = {
+#define PIMAV_COMMAND(id, name, method, shape, text) {name, #name, #method, CommandShape::shape},
+#include "api/CommandTable.def"
+#undef PIMAV_COMMAND
+};
+
+// Each row's id is its enumerator's value, the rows are in id order, and there is one
+// row per id, so that kCommandRows[id] (and every table generated from the rows) is the
+// row of command `id`.
+#define PIMAV_COMMAND(id, name, method, shape, text) static_assert(name == id, #name " is not " #id);
+#include "api/CommandTable.def"
+#undef PIMAV_COMMAND
+
+static_assert(std::size(kCommandRows) == Aes67Commands::kCommandCount, "one row per command id");
+
+constexpr bool commandRowsInIdOrder() {
+    for (size_t i = 0; i < std::size(kCommandRows); ++i) {
+        if (kCommandRows[i].id != i) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(commandRowsInIdOrder(), "the rows of api/CommandTable.def are in id order");
+
+}  // namespace pimav::detail
