@@ -188,6 +188,12 @@ def short(text, width=48):
     return text if len(text) <= width else text[:width - 3] + "..."
 
 
+def around(line, a, z, new):
+    """The mutated spot in its line: `left[old -> new]right`."""
+    left, right = re.sub(r"\s+", " ", line[:a]).lstrip()[-26:], re.sub(r"\s+", " ", line[z:])[:18]
+    return "`%s[%s -> %s]%s`" % (left, line[a:z], new, right.rstrip())
+
+
 def sites_of(path, text):
     masked, strings, pp = mask(text)
     blocks, starts = blocks_of(masked, pp)
@@ -212,7 +218,7 @@ def sites_of(path, text):
             old = m.group(0)
             new = {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="}[old]
             add("cmp", "cmp", base + m.start(), base + m.end(), new,
-                "`%s` -> `%s` in `%s`" % (old, new, short(line.strip())))
+                around(line, m.start(), m.end(), new))
         for m in re.finditer(r"(?<![\w.'])(0[xX][0-9a-fA-F]+|\d+)([uUlL]*)(?![\w.'])", ml):
             lit = m.group(1)
             if re.search(r"\)\s*(const\s*)?=\s*$", ml[:m.start()]) and lit == "0":
@@ -227,16 +233,17 @@ def sites_of(path, text):
                 if value + delta < 0:
                     continue
                 add("const", op, base + m.start(1), base + m.end(1), fmt(value + delta),
-                    "%s -> %s in `%s`" % (lit, fmt(value + delta), short(line.strip())))
+                    around(line, m.start(1), m.end(1), fmt(value + delta)))
         for m in re.finditer(r"(?<= )(&&|\|\|)(?= )", ml):
             new = "||" if m.group(0) == "&&" else "&&"
             add("logic", "logic", base + m.start(), base + m.end(), new,
-                "`%s` -> `%s` in `%s`" % (m.group(0), new, short(line.strip())))
+                around(line, m.start(), m.end(), new))
         for m in re.finditer(r"\breturn\b\s*([^;]*);", ml):
             fn = function_of(innermost(blocks, base + m.start()))
             kind = return_kind(fn.header) if fn else None
-            expr = m.group(1).strip()
-            if kind not in ("bool", "value") or not expr or expr.count("(") != expr.count(")") or expr.count("{") != expr.count("}"):
+            code = m.group(1).strip()  # balanced in code; the replacement keeps the literals of the source
+            expr = line[m.start(1):m.end(1)].strip()
+            if kind not in ("bool", "value") or not code or code.count("(") != code.count(")") or code.count("{") != code.count("}"):
                 continue
             if kind == "bool":
                 new = {"true": "false", "false": "true"}.get(expr, "!(%s)" % expr)
