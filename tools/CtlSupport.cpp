@@ -243,6 +243,17 @@ int commandIdOf(const std::string& text) {
     return -1;
 }
 
+std::vector<std::string> commandWords() {
+    std::vector<std::string> words;
+    for (unsigned id = 0; id < Aes67Commands::kCommandCount; ++id) {
+        words.push_back(std::to_string(id));
+        if (kCommandNames[id].method[0] != '\0') {
+            words.emplace_back(kCommandNames[id].method);
+        }
+    }
+    return words;
+}
+
 void printCommands(std::ostream& out) {
     for (unsigned id = 0; id < Aes67Commands::kCommandCount; ++id) {
         std::string description;

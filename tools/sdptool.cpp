@@ -15,10 +15,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include "CliComplete.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
+#include "pimAvMngApi/version.h"
 
 namespace {
 
@@ -88,7 +90,9 @@ int parseFile(const std::string& path, SdpConverter& converter, bool quietOk) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"sdptool: checks, shows and generates SDP session descriptions"};
+    CLI::App app{"sdptool: checks, shows and generates SDP session descriptions", "sdptool"};
+    app.set_version_flag("--version", "sdptool " + std::string(pimAvMngApi::versionString()));
+    app.set_help_all_flag("--help-all", "Print the help of every subcommand and exit");
     app.require_subcommand(1);
     std::string board;
     std::string module;
@@ -110,6 +114,9 @@ int main(int argc, char** argv) {
     gen->add_flag("--dante", dante, "write the Dante-compatible form (first media, CRLF line ends)");
     gen->add_option("-o,--output", output, "output file (default: standard output)");
 
+    if (pimav::detail::completeCommandLine(app, argc, argv, std::cout)) {
+        return 0;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
