@@ -10,17 +10,17 @@
 
 using session_id_t = uint64_t;
 
-// One session that another device advertises: the URL the advertisement came from,
-// the SDP text as received and its parsed form, the advertising host, whether a
-// local receiver uses the session and whether the advertisement is still current.
-//
-// The entry has no id of its own: its id is the session id of the SDP "o=" line.
-//
-// JSON form (Serialize, in this order): "session-id" (unsigned 64-bit),
-// "session-id-str" (the id as decimal text), "url", "host" {"ip", "address":
-// "local"|"remote"}, "sdp-raw", "inuse" (bool), "status" ("OK"|"Stale"|"Undefined"),
-// "session" (SdpSession object). The host port has no JSON form, and reading never
-// derives the host fields from "url".
+/// One session that another device advertises: the URL the advertisement came from,
+/// the SDP text as received and its parsed form, the advertising host, whether a
+/// local receiver uses the session and whether the advertisement is still current.
+///
+/// The entry has no id of its own: its id is the session id of the SDP "o=" line.
+///
+/// JSON form (Serialize, in this order): "session-id" (unsigned 64-bit),
+/// "session-id-str" (the id as decimal text), "url", "host" {"ip", "address":
+/// "local"|"remote"}, "sdp-raw", "inuse" (bool), "status" ("OK"|"Stale"|"Undefined"),
+/// "session" (SdpSession object). The host port has no JSON form, and reading never
+/// derives the host fields from "url".
 class AdvSessionEntry : public IJsonSerializable {
 public:
     AdvSessionEntry() = default;
@@ -59,17 +59,17 @@ public:
         return 0;
     }
 
-    // Stores `url` and derives the host address, port and locality from its
-    // "scheme://a.b.c.d:port/path" form:
-    //  - no "//": only the URL is stored;
-    //  - the host text runs from after "//" to the next ':' (or the end); text that is
-    //    no IPv4 address is logged at level 2 and leaves the address unchanged;
-    //  - the locality is asked of the platform for the address held afterwards;
-    //  - the port text lies strictly between that ':' and the next '/'; it is read like
-    //    std::stoi with automatic base (decimal, 0x hexadecimal, leading 0 octal) and
-    //    its low 16 bits are kept; without a '/' the port keeps its value.
-    // A port text that holds no number (or overflows int) throws std::invalid_argument
-    // (std::out_of_range), and the URL is then not stored. Returns 0.
+    /// Stores `url` and derives the host address, port and locality from its
+    /// "scheme://a.b.c.d:port/path" form:
+    ///  - no "//": only the URL is stored;
+    ///  - the host text runs from after "//" to the next ':' (or the end); text that is
+    ///    no IPv4 address is logged at level 2 and leaves the address unchanged;
+    ///  - the locality is asked of the platform for the address held afterwards;
+    ///  - the port text lies strictly between that ':' and the next '/'; it is read like
+    ///    std::stoi with automatic base (decimal, 0x hexadecimal, leading 0 octal) and
+    ///    its low 16 bits are kept; without a '/' the port keeps its value.
+    /// A port text that holds no number (or overflows int) throws std::invalid_argument
+    /// (std::out_of_range), and the URL is then not stored. Returns 0.
     int setSourceUrl(const std::string& url);
     std::string getSourceUrl() const { return m_source_url; }
 

@@ -5,12 +5,12 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// The video I/O module fitted to a board.
-//
-// JSON form: {"module": text}. Texts written: "SDI-TR04", "SDI-ST2110", "HDMI-ST2110",
-// "SDI-BIDIR-ST2110", and "NA" for MODULE_NA or any other value. Reading accepts each
-// text in exactly upper or exactly lower case; any other text, and a missing key, give
-// MODULE_NA.
+/// The video I/O module fitted to a board.
+///
+/// JSON form: {"module": text}. Texts written: "SDI-TR04", "SDI-ST2110", "HDMI-ST2110",
+/// "SDI-BIDIR-ST2110", and "NA" for MODULE_NA or any other value. Reading accepts each
+/// text in exactly upper or exactly lower case; any other text, and a missing key, give
+/// MODULE_NA.
 class BitstreamType : public IJsonSerializable {
 public:
     enum module_t : int32_t {
@@ -33,7 +33,7 @@ public:
 
     std::string toString() const { return toString(m_module); }
     static std::string toString(module_t module);
-    // The module of a text by the reading rule above.
+    /// The module of a text by the reading rule above.
     static module_t fromString(const std::string& text);
 
     bool operator==(const BitstreamType& o) const { return m_module == o.m_module; }

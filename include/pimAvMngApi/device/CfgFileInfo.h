@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-// One position of the saved configuration file table. A size of 0 means the position
-// holds no saved configuration. The path has no JSON form.
+/// One position of the saved configuration file table. A size of 0 means the position
+/// holds no saved configuration. The path has no JSON form.
 struct CfgFileInfo {
     uint32_t m_size = 0;
     std::string m_path;

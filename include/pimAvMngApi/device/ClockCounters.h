@@ -4,11 +4,11 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// A level counter of the clock domain crossing with its extremes and its underflow and
-// overflow events.
-//
-// JSON form: {"cdc": {"current", "min", "max" (unsigned), "underflow-event",
-// "overflow-event" (bool)}}; missing members read as 0 and false.
+/// A level counter of the clock domain crossing with its extremes and its underflow and
+/// overflow events.
+///
+/// JSON form: {"cdc": {"current", "min", "max" (unsigned), "underflow-event",
+/// "overflow-event" (bool)}}; missing members read as 0 and false.
 class ClockCounters : public IJsonSerializable {
 public:
     ClockCounters() = default;

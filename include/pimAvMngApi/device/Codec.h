@@ -5,21 +5,21 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// The encoding of a stream.
-//
-// | code | name                    | text                |
-// |------|-------------------------|---------------------|
-// | 0    | CODEC_AM824             | "AM824"             |
-// | 1    | CODEC_L32               | "L32"               |
-// | 2    | CODEC_L24               | "L24"               |
-// | 3    | CODEC_L16               | "L16"               |
-// | 4    | CODEC_SMPTE2022_6       | "SMPTE2022-6"       |
-// | 5    | CODEC_AM824_TRANSPARENT | "AM824_TRANSPARENT" |
-// | 6    | CODEC_RAW               | "raw"               |
-// | 7+   | CODEC_NOT_SUPPORTED     | "Not-supported"     |
-//
-// Names are matched in any case. JSON form: {"codec": text}; reading takes "codec"
-// (default "AM824") and gives CODEC_NOT_SUPPORTED for a name outside the table.
+/// The encoding of a stream.
+///
+/// | code | name                    | text                |
+/// |------|-------------------------|---------------------|
+/// | 0    | CODEC_AM824             | "AM824"             |
+/// | 1    | CODEC_L32               | "L32"               |
+/// | 2    | CODEC_L24               | "L24"               |
+/// | 3    | CODEC_L16               | "L16"               |
+/// | 4    | CODEC_SMPTE2022_6       | "SMPTE2022-6"       |
+/// | 5    | CODEC_AM824_TRANSPARENT | "AM824_TRANSPARENT" |
+/// | 6    | CODEC_RAW               | "raw"               |
+/// | 7+   | CODEC_NOT_SUPPORTED     | "Not-supported"     |
+///
+/// Names are matched in any case. JSON form: {"codec": text}; reading takes "codec"
+/// (default "AM824") and gives CODEC_NOT_SUPPORTED for a name outside the table.
 class Codec : public IJsonSerializable {
 public:
     enum codec_t : uint32_t {
@@ -40,10 +40,10 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    // Sets the code of a name (any case): 0, or -11 with CODEC_NOT_SUPPORTED when the
-    // name is not in the table.
+    /// Sets the code of a name (any case): 0, or -11 with CODEC_NOT_SUPPORTED when the
+    /// name is not in the table.
     int setCodec(std::string name);
-    // The text of the code; "Not-supported" for 7 and any other value.
+    /// The text of the code; "Not-supported" for 7 and any other value.
     std::string toString() const { return toString(m_codec); }
     static std::string toString(uint32_t code);
 

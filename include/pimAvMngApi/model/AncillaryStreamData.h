@@ -2,10 +2,10 @@
 
 #include "pimAvMngApi/model/StreamData.h"
 
-// An ancillary data stream. Media type 3, UDP ports 20000/20000, DSCP 40, TTL 64.
-//
-// JSON form: the StreamData keys plus "packet-size" (payload size + 66, or + 70 with a
-// VLAN tag) and "l1-bandwidth". Reading sets the media type to 3 whatever "type" says.
+/// An ancillary data stream. Media type 3, UDP ports 20000/20000, DSCP 40, TTL 64.
+///
+/// JSON form: the StreamData keys plus "packet-size" (payload size + 66, or + 70 with a
+/// VLAN tag) and "l1-bandwidth". Reading sets the media type to 3 whatever "type" says.
 class AncillaryStreamData : public StreamData {
 public:
     AncillaryStreamData();

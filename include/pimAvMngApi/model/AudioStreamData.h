@@ -5,12 +5,12 @@
 #include "pimAvMngApi/device/Codec.h"
 #include "pimAvMngApi/model/StreamData.h"
 
-// An audio stream as the daemon runs it. Media type 1.
-//
-// JSON form: the StreamData keys plus "ptime", "channel-freq", "link-offset" (unsigned),
-// "codec" (word), "packet-size" (payload size + 54, or + 58 with a VLAN tag),
-// "l1-bandwidth", "samples" and "payload-size". Reading sets the media type to 1 whatever
-// "type" says; "codec" defaults to "AM824"; the other numbers to 0.
+/// An audio stream as the daemon runs it. Media type 1.
+///
+/// JSON form: the StreamData keys plus "ptime", "channel-freq", "link-offset" (unsigned),
+/// "codec" (word), "packet-size" (payload size + 54, or + 58 with a VLAN tag),
+/// "l1-bandwidth", "samples" and "payload-size". Reading sets the media type to 1 whatever
+/// "type" says; "codec" defaults to "AM824"; the other numbers to 0.
 class AudioStreamData : public StreamData {
 public:
     AudioStreamData();

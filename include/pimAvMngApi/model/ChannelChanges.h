@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-// One channel's gain and mute change inside a gain request ("channel-gain", "position",
-// "mute"). Constructed as gain 0, position 255 (the value a request without
-// "position" gives), not muted.
+/// One channel's gain and mute change inside a gain request ("channel-gain", "position",
+/// "mute"). Constructed as gain 0, position 255 (the value a request without
+/// "position" gives), not muted.
 class ChannelChanges {
 public:
     ChannelChanges() = default;

@@ -6,10 +6,10 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Interface format descriptor of a channel or an interface, as the daemon numbers it.
-// JSON form, written into the object handed to Serialize:
-//   {"type": integer, "string": text}
-// Reading: a missing "type" gives 12, a missing "string" gives "auto".
+/// Interface format descriptor of a channel or an interface, as the daemon numbers it.
+/// JSON form, written into the object handed to Serialize:
+///   {"type": integer, "string": text}
+/// Reading: a missing "type" gives 12, a missing "string" gives "auto".
 class DaifType : public IJsonSerializable {
 public:
     static constexpr int32_t kDefaultType = 12;

@@ -9,15 +9,15 @@
 
 using session_id_t = uint64_t;
 
-// The configuration of a receiving session.
-//
-// Serialize writes six keys: "session-id" (unsigned 64-bit), "name", "link-offset"
-// (unsigned), "user-sdp", "rem-sid" (DestinationApiSessionSel) and "channel-list"
-// (ChannelList array). The source address and network interface index are not written.
-//
-// Deserialize (no reset first) reads those six and also "source-ip" (text stored as
-// given, without any check; default "") and "network-index" (default -1). Missing
-// scalars give 0 or "".
+/// The configuration of a receiving session.
+///
+/// Serialize writes six keys: "session-id" (unsigned 64-bit), "name", "link-offset"
+/// (unsigned), "user-sdp", "rem-sid" (DestinationApiSessionSel) and "channel-list"
+/// (ChannelList array). The source address and network interface index are not written.
+///
+/// Deserialize (no reset first) reads those six and also "source-ip" (text stored as
+/// given, without any check; default "") and "network-index" (default -1). Missing
+/// scalars give 0 or "".
 class DestinationApi : public IJsonSerializable {
 public:
     DestinationApi() = default;

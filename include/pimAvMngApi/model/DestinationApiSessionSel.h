@@ -5,15 +5,15 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Selects one stream of a remote session for a receiver: by the advertised session id,
-// the media section index and the payload type, or by NMOS sender and receiver ids.
-//
-// JSON form: {"id": unsigned 64-bit, "media-idx": int, "payload-type": int,
-//             "nmos": {"sender": text, "receiver": text}}
-// The "nmos" object is always written. Constructed with payload type 98, but reading a
-// document without "payload-type" gives 0. Reading truncates "media-idx" and
-// "payload-type" to 8 bits; when "nmos" is absent, null or {} both NMOS ids keep their
-// values, otherwise each missing one reads as "".
+/// Selects one stream of a remote session for a receiver: by the advertised session id,
+/// the media section index and the payload type, or by NMOS sender and receiver ids.
+///
+/// JSON form: {"id": unsigned 64-bit, "media-idx": int, "payload-type": int,
+///             "nmos": {"sender": text, "receiver": text}}
+/// The "nmos" object is always written. Constructed with payload type 98, but reading a
+/// document without "payload-type" gives 0. Reading truncates "media-idx" and
+/// "payload-type" to 8 bits; when "nmos" is absent, null or {} both NMOS ids keep their
+/// values, otherwise each missing one reads as "".
 class DestinationApiSessionSel : public IJsonSerializable {
 public:
     DestinationApiSessionSel() = default;

@@ -4,11 +4,11 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Audio offset of the HDMI output.
-//
-// JSON form: {"hdmi-audio-offset": unsigned}. Reading: a missing key keeps the offset;
-// a present one is read as a signed integer, so values above 2147483647 make jsoncpp
-// throw.
+/// Audio offset of the HDMI output.
+///
+/// JSON form: {"hdmi-audio-offset": unsigned}. Reading: a missing key keeps the offset;
+/// a present one is read as a signed integer, so values above 2147483647 make jsoncpp
+/// throw.
 class HdmiAudioOffset : public IJsonSerializable {
 public:
     HdmiAudioOffset() = default;

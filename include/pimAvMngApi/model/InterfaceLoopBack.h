@@ -3,11 +3,11 @@
 #include "pimAvMngApi/model/DaifType.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Loop-back setting of one interface.
-//
-// JSON form: {"enable": bool, "interface": {"type": integer, "string": text}}
-// Clients only write it; Deserialize reads the same form back for the side that
-// receives the request ("enable" false, interface 12 "auto" when missing).
+/// Loop-back setting of one interface.
+///
+/// JSON form: {"enable": bool, "interface": {"type": integer, "string": text}}
+/// Clients only write it; Deserialize reads the same form back for the side that
+/// receives the request ("enable" false, interface 12 "auto" when missing).
 class InterfaceLoopBack : public IJsonSerializable {
 public:
     InterfaceLoopBack() = default;

@@ -5,13 +5,13 @@
 #include "pimAvMngApi/model/IpAddress.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// The address block of a stream.
-//
-// JSON form: {"local": "a.b.c.d", "transport": "a.b.c.d", "source-ip": "a.b.c.d",
-//             "dscp": 34, "ttl": 64}
-// Reading: each address follows the address rule (empty or missing text keeps it,
-// invalid text is logged and keeps it); "dscp" defaults to 34 and "ttl" to 64, both
-// truncated to 8 bits.
+/// The address block of a stream.
+///
+/// JSON form: {"local": "a.b.c.d", "transport": "a.b.c.d", "source-ip": "a.b.c.d",
+///             "dscp": 34, "ttl": 64}
+/// Reading: each address follows the address rule (empty or missing text keeps it,
+/// invalid text is logged and keeps it); "dscp" defaults to 34 and "ttl" to 64, both
+/// truncated to 8 bits.
 class IpAddrCfg : public IJsonSerializable {
 public:
     IpAddrCfg() = default;

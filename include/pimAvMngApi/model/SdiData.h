@@ -5,13 +5,13 @@
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 #include "pimAvMngApi/platform/VideoFormat.h"
 
-// Settings of one SDI port and its video pattern generator.
-//
-// JSON form: {"sdi-port": int, "vpg": {"patctrl": int, "video-format": VideoFormat text,
-//             "enable": bool, "sync-enable": bool}}
-// Clients only write it. Deserialize reads the same form back for the side that receives
-// the request: "sdi-port" and the "vpg" members with 0 / false when missing; the video
-// format is kept (its text form is not parsed).
+/// Settings of one SDI port and its video pattern generator.
+///
+/// JSON form: {"sdi-port": int, "vpg": {"patctrl": int, "video-format": VideoFormat text,
+///             "enable": bool, "sync-enable": bool}}
+/// Clients only write it. Deserialize reads the same form back for the side that receives
+/// the request: "sdi-port" and the "vpg" members with 0 / false when missing; the video
+/// format is kept (its text form is not parsed).
 class SdiData : public IJsonSerializable {
 public:
     SdiData() = default;

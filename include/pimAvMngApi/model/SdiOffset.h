@@ -4,12 +4,12 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Video and audio offsets of one SDI port. The serialization base is private: an
-// SdiOffset is written and read through its own Serialize/Deserialize only.
-//
-// JSON form: {"sdi-port": integer, "video-offset": unsigned, "audio-offset": unsigned}
-// Reading: a missing key keeps its member; a present one is read as a signed integer
-// and truncated to the member width (offsets above 2147483647 make jsoncpp throw).
+/// Video and audio offsets of one SDI port. The serialization base is private: an
+/// SdiOffset is written and read through its own Serialize/Deserialize only.
+///
+/// JSON form: {"sdi-port": integer, "video-offset": unsigned, "audio-offset": unsigned}
+/// Reading: a missing key keeps its member; a present one is read as a signed integer
+/// and truncated to the member width (offsets above 2147483647 make jsoncpp throw).
 class SdiOffset : private IJsonSerializable {
 public:
     SdiOffset() = default;

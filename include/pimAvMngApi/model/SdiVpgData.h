@@ -5,18 +5,18 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// What one SDI port's video pattern generator is doing: one element of the array
-// "sdi-vpg-info" in the reply to "GET SDI VPG information".
-//
-// JSON form (an object):
-//   {"port": 0,              unsigned, the SDI port
-//    "enable": false,        bool, the generator drives the port
-//    "pattern": "",          text, the pattern shown, for example "colorbars"
-//    "video_mode": "NA"}     text, the video format generated ("NA" when none)
-//
-// Reading: a missing key gives the default shown above; "port" is truncated to 8 bits.
-// Wrong JSON kinds throw (jsoncpp); null reads as {}. Members the record does not know
-// are kept and written back by Serialize.
+/// What one SDI port's video pattern generator is doing: one element of the array
+/// "sdi-vpg-info" in the reply to "GET SDI VPG information".
+///
+/// JSON form (an object):
+///   {"port": 0,              unsigned, the SDI port
+///    "enable": false,        bool, the generator drives the port
+///    "pattern": "",          text, the pattern shown, for example "colorbars"
+///    "video_mode": "NA"}     text, the video format generated ("NA" when none)
+///
+/// Reading: a missing key gives the default shown above; "port" is truncated to 8 bits.
+/// Wrong JSON kinds throw (jsoncpp); null reads as {}. Members the record does not know
+/// are kept and written back by Serialize.
 class SdiVpgData : public IJsonSerializable {
 public:
     SdiVpgData() = default;

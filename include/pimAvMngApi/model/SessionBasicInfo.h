@@ -9,20 +9,20 @@
 
 using session_id_t = uint64_t;
 
-// The short description of one session, with the streams it runs.
-//
-// JSON form written: {"id", "version", "name", "remote-sid" (unsigned 64-bit),
-//   "remote-sid-str" (its decimal text), "ptp-domain" (int), "rtsp-url", "ptp-gmid"}.
-// The stream list is not written.
-//
-// Reading: the scalar keys with 0 / "" when missing ("remote-sid-str" is not read); then
-// each element of "session-list" becomes an AudioStreamData when its "type" is "audio"
-// and a VideoStreamData otherwise, and is appended (the list is not emptied, so reading
-// a document twice doubles it).
-//
-// The record owns the stream records in m_streams and deletes them (null entries are
-// skipped). Copying makes a deep copy of every stream record, keeping its kind; moving
-// hands the records over.
+/// The short description of one session, with the streams it runs.
+///
+/// JSON form written: {"id", "version", "name", "remote-sid" (unsigned 64-bit),
+///   "remote-sid-str" (its decimal text), "ptp-domain" (int), "rtsp-url", "ptp-gmid"}.
+/// The stream list is not written.
+///
+/// Reading: the scalar keys with 0 / "" when missing ("remote-sid-str" is not read); then
+/// each element of "session-list" becomes an AudioStreamData when its "type" is "audio"
+/// and a VideoStreamData otherwise, and is appended (the list is not emptied, so reading
+/// a document twice doubles it).
+///
+/// The record owns the stream records in m_streams and deletes them (null entries are
+/// skipped). Copying makes a deep copy of every stream record, keeping its kind; moving
+/// hands the records over.
 class SessionBasicInfo : public IJsonSerializable {
 public:
     SessionBasicInfo() = default;
@@ -35,7 +35,7 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    // Deletes every stream record and empties the list.
+    /// Deletes every stream record and empties the list.
     void clearStreams();
 
     session_id_t m_id = 0;

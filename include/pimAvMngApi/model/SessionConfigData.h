@@ -10,16 +10,16 @@
 #include "pimAvMngApi/model/VideoStreamData.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// A running session as the daemon describes it.
-//
-// JSON form: {"id", "version" (unsigned 64-bit), "name", "nmos-id",
-//             "ptp": {"domain": int, "gmid": text}, "connection": SessionConnectionInfo,
-//             "sdp", "audio-streams": [AudioStreamData...], "video-streams": [VideoStreamData...],
-//             "type": SessionType word}
-// An empty stream list writes no key. Reading: "ptp" is read only when not empty (else
-// domain and grandmaster keep their values; the domain is truncated to 8 bits);
-// "connection" catches its own errors; both stream lists are replaced by the arrays'
-// elements; "type" unknown or missing gives "unknown".
+/// A running session as the daemon describes it.
+///
+/// JSON form: {"id", "version" (unsigned 64-bit), "name", "nmos-id",
+///             "ptp": {"domain": int, "gmid": text}, "connection": SessionConnectionInfo,
+///             "sdp", "audio-streams": [AudioStreamData...], "video-streams": [VideoStreamData...],
+///             "type": SessionType word}
+/// An empty stream list writes no key. Reading: "ptp" is read only when not empty (else
+/// domain and grandmaster keep their values; the domain is truncated to 8 bits);
+/// "connection" catches its own errors; both stream lists are replaced by the arrays'
+/// elements; "type" unknown or missing gives "unknown".
 class SessionConfigData : public IJsonSerializable {
 public:
     SessionConfigData() = default;

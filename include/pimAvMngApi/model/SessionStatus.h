@@ -7,11 +7,11 @@
 #include "pimAvMngApi/platform/Alarm.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Alarms of one session and of its streams.
-//
-// JSON form: {"id": unsigned 64-bit, "alarms": [Alarm, ...], "streams": [StreamStatus, ...]};
-// each list is written only when not empty. Reading: "id" defaults to 0; both lists are
-// emptied and refilled from "alarms" and "streams".
+/// Alarms of one session and of its streams.
+///
+/// JSON form: {"id": unsigned 64-bit, "alarms": [Alarm, ...], "streams": [StreamStatus, ...]};
+/// each list is written only when not empty. Reading: "id" defaults to 0; both lists are
+/// emptied and refilled from "alarms" and "streams".
 class SessionStatus : public IJsonSerializable {
 public:
     SessionStatus() = default;

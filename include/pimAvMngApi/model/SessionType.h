@@ -5,12 +5,12 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Kind of a session, JSON key "type".
-//
-//   0 "unknown"      read from any other text and from a missing key
-//   1 "source"
-//   2 "destination"
-//   other codes are written "unknown"
+/// Kind of a session, JSON key "type".
+///
+///   0 "unknown"      read from any other text and from a missing key
+///   1 "source"
+///   2 "destination"
+///   other codes are written "unknown"
 class SessionType : public IJsonSerializable {
 public:
     enum session_type_en : int32_t { UNKNOWN = 0, SOURCE = 1, DESTINATION = 2 };

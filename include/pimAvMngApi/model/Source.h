@@ -9,21 +9,21 @@
 #include "pimAvMngApi/platform/ChannelList.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// One stream that a sending session sends (an ancillary stream as it is, and the
-// base of AudioSource and VideoSource).
-//
-// JSON form:
-//   {"name": text, "transport": "a.b.c.d", "source-ip": "a.b.c.d", "udp": int, "dscp": int,
-//    "ttl": int, "payload-type": int, "link-offset": unsigned, "media-clk-offset": int,
-//    "network-index": int, "channel-list": [ChannelId...], "id": unsigned 64-bit,
-//    "redundant-type": "none" | "primary" | "secondary",
-//    "ssrc": {"type": "session-id" | "asio" | "manual" | "unspecified" | "-", "value": unsigned}}
-//
-// Deserialize does not clear first. Missing keys give: "udp", "dscp", "network-index"
-// -1; "ttl" 64; "payload-type" 98; "link-offset", "media-clk-offset", "id" 0; "name" "".
-// The two addresses keep their value for empty, missing or invalid text (invalid text is
-// logged); "redundant-type" keeps the code for an unknown word; "ssrc" follows the Ssrc
-// rule (object, bare number, or absent); "channel-list" replaces the channels.
+/// One stream that a sending session sends (an ancillary stream as it is, and the
+/// base of AudioSource and VideoSource).
+///
+/// JSON form:
+///   {"name": text, "transport": "a.b.c.d", "source-ip": "a.b.c.d", "udp": int, "dscp": int,
+///    "ttl": int, "payload-type": int, "link-offset": unsigned, "media-clk-offset": int,
+///    "network-index": int, "channel-list": [ChannelId...], "id": unsigned 64-bit,
+///    "redundant-type": "none" | "primary" | "secondary",
+///    "ssrc": {"type": "session-id" | "asio" | "manual" | "unspecified" | "-", "value": unsigned}}
+///
+/// Deserialize does not clear first. Missing keys give: "udp", "dscp", "network-index"
+/// -1; "ttl" 64; "payload-type" 98; "link-offset", "media-clk-offset", "id" 0; "name" "".
+/// The two addresses keep their value for empty, missing or invalid text (invalid text is
+/// logged); "redundant-type" keeps the code for an unknown word; "ssrc" follows the Ssrc
+/// rule (object, bare number, or absent); "channel-list" replaces the channels.
 class Source : public IJsonSerializable {
 public:
     Source() = default;
@@ -32,18 +32,18 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    // Logs "Clearing Source base class" at level 5 and resets name, ttl 64, payload type
-    // 98, udp/dscp/network index -1, transport address 0, link and media clock offsets 0,
-    // the channels, redundancy role 0, SSRC to "session-id" 0, and the stream id. The
-    // source address is kept.
+    /// Logs "Clearing Source base class" at level 5 and resets name, ttl 64, payload type
+    /// 98, udp/dscp/network index -1, transport address 0, link and media clock offsets 0,
+    /// the channels, redundancy role 0, SSRC to "session-id" 0, and the stream id. The
+    /// source address is kept.
     virtual void clear();
-    // Hook for a host-level check before sending; no check here, returns 0.
+    /// Hook for a host-level check before sending; no check here, returns 0.
     virtual int validate();
 
-    // Accepts "primary", "secondary", "none" (returns 0); any other word returns -8 and
-    // changes nothing.
+    /// Accepts "primary", "secondary", "none" (returns 0); any other word returns -8 and
+    /// changes nothing.
     int setRedundantType(const std::string& word) { return m_redundant_type.fromString(word); }
-    // "primary", "secondary", or "none" for any other code.
+    /// "primary", "secondary", or "none" for any other code.
     std::string getRedundantType() const { return m_redundant_type.toString(); }
 
     std::string m_name;

@@ -5,12 +5,12 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Direction of a stream, JSON key "class".
-//
-//   1 "receiver"  read from "receiver"
-//   2 "sender"    read from "sender"
-//   other codes are written "undefined"
-// Any other text, and a missing key, keep the code.
+/// Direction of a stream, JSON key "class".
+///
+///   1 "receiver"  read from "receiver"
+///   2 "sender"    read from "sender"
+///   other codes are written "undefined"
+/// Any other text, and a missing key, keep the code.
 class StreamClass : public IJsonSerializable {
 public:
     enum stream_class_en : int32_t { UNDEFINED = 0, RECEIVER = 1, SENDER = 2 };

@@ -16,24 +16,24 @@
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 #include "pimAvMngApi/platform/PacketTimeOptions.h"
 
-// A stream as the daemon runs it: the network parameters common to every medium.
-// AudioStreamData, VideoStreamData and AncillaryStreamData refine it.
-//
-// JSON form:
-//   {"type": StreamType word, "class": StreamClass word, "state": State word,
-//    "redundant-type": word, "vlan": {"id","priority","tpid"}, "udp": {"source","destination"},
-//    "ipv4": {"local","transport","source-ip","dscp","ttl"},
-//    "rtp": {"payload-type", "sscr": {"type","value"}}, "name": text,
-//    "channel-list": [...], "media-clk-offset": int, "network-interface-index": int,
-//    "samples": int, "l1-bandwidth": unsigned 64-bit, "id": unsigned 64-bit,
-//    "hw-id": unsigned, "unicast": bool, "dst-mac-addr": "XX-XX-XX-XX-XX-XX"}
-//
-// Reading: "type" and "class" keep their code for a missing or unknown word, "state"
-// becomes 0; "hw-id" defaults to 0 (the constructor sets all bits); "network-interface-index"
-// -1; other numbers 0 or the defaults of the embedded records. "samples" is mapped through
-// PacketTimeOptions::toSamplesPerPacketEnum (an unsupported count stores 0).
-// "dst-mac-addr" is parsed with "-" separators, then, when that does not give six octets,
-// with ":" separators; octets of an incomplete pass stay stored, empty text changes nothing.
+/// A stream as the daemon runs it: the network parameters common to every medium.
+/// AudioStreamData, VideoStreamData and AncillaryStreamData refine it.
+///
+/// JSON form:
+///   {"type": StreamType word, "class": StreamClass word, "state": State word,
+///    "redundant-type": word, "vlan": {"id","priority","tpid"}, "udp": {"source","destination"},
+///    "ipv4": {"local","transport","source-ip","dscp","ttl"},
+///    "rtp": {"payload-type", "sscr": {"type","value"}}, "name": text,
+///    "channel-list": [...], "media-clk-offset": int, "network-interface-index": int,
+///    "samples": int, "l1-bandwidth": unsigned 64-bit, "id": unsigned 64-bit,
+///    "hw-id": unsigned, "unicast": bool, "dst-mac-addr": "XX-XX-XX-XX-XX-XX"}
+///
+/// Reading: "type" and "class" keep their code for a missing or unknown word, "state"
+/// becomes 0; "hw-id" defaults to 0 (the constructor sets all bits); "network-interface-index"
+/// -1; other numbers 0 or the defaults of the embedded records. "samples" is mapped through
+/// PacketTimeOptions::toSamplesPerPacketEnum (an unsupported count stores 0).
+/// "dst-mac-addr" is parsed with "-" separators, then, when that does not give six octets,
+/// with ":" separators; octets of an incomplete pass stay stored, empty text changes nothing.
 class StreamData : public IJsonSerializable {
 public:
     using MacAddress = std::array<uint8_t, 6>;
@@ -43,19 +43,19 @@ public:
 
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
-    // Logs the members of the derived record at level 6; nothing here.
+    /// Logs the members of the derived record at level 6; nothing here.
     virtual void dumpDerivedStreamData() {}
 
     bool isAudio() const { return m_type.get() == StreamType::AUDIO; }
-    // "primary", "secondary", or "none" for any other code.
+    /// "primary", "secondary", or "none" for any other code.
     std::string getRedundantType() const { return m_redundant_type.toString(); }
 
-    // Logs the stream at level 6, one line per call, then dumpDerivedStreamData().
+    /// Logs the stream at level 6, one line per call, then dumpDerivedStreamData().
     void dumpStreamData();
 
-    // "%02X-%02X-%02X-%02X-%02X-%02X".
+    /// "%02X-%02X-%02X-%02X-%02X-%02X".
     static std::string macToString(const MacAddress& mac);
-    // The in-place parse of "dst-mac-addr" described above.
+    /// The in-place parse of "dst-mac-addr" described above.
     static void parseMac(const std::string& text, MacAddress& mac);
 
     uint32_t m_hw_id = 0xFFFFFFFFu;
@@ -80,8 +80,8 @@ public:
     RedundantType m_redundant_type;
 
 protected:
-    // Reads "samples" (default 0) into m_samples.
+    /// Reads "samples" (default 0) into m_samples.
     void readSamples(Json::Value& in);
-    // Payload size plus the Ethernet/IPv4/UDP/RTP header bytes, 4 more when tagged.
+    /// Payload size plus the Ethernet/IPv4/UDP/RTP header bytes, 4 more when tagged.
     uint32_t packetSize(uint32_t headerBytes) const;
 };

@@ -6,11 +6,11 @@
 #include "pimAvMngApi/platform/Alarm.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Alarms of one stream.
-//
-// JSON form: {"id": unsigned 64-bit, "alarms": [Alarm, ...]}; "alarms" is written only
-// when there are alarms. Reading: "id" defaults to 0; the alarm list is emptied and
-// refilled from "alarms" (a missing key gives none).
+/// Alarms of one stream.
+///
+/// JSON form: {"id": unsigned 64-bit, "alarms": [Alarm, ...]}; "alarms" is written only
+/// when there are alarms. Reading: "id" defaults to 0; the alarm list is emptied and
+/// refilled from "alarms" (a missing key gives none).
 class StreamStatus : public IJsonSerializable {
 public:
     StreamStatus() = default;

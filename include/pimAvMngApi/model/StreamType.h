@@ -5,13 +5,13 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Media type of a stream, JSON key "type".
-//
-//   1 "audio"      read from "audio"
-//   2 "video"      read from "video"
-//   3 "ancillary"  written only: reading "ancillary" keeps the code
-//   other codes are written "undefined"
-// Any other text, and a missing key, keep the code.
+/// Media type of a stream, JSON key "type".
+///
+///   1 "audio"      read from "audio"
+///   2 "video"      read from "video"
+///   3 "ancillary"  written only: reading "ancillary" keeps the code
+///   other codes are written "undefined"
+/// Any other text, and a missing key, keep the code.
 class StreamType : public IJsonSerializable {
 public:
     enum stream_type_en : int32_t { UNDEFINED = 0, AUDIO = 1, VIDEO = 2, ANCILLARY = 3 };

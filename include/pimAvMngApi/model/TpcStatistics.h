@@ -4,11 +4,11 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Transport statistics of one stream.
-//
-// JSON form: {"session-id": unsigned 64-bit, "stream-id": unsigned,
-//             "error-detected": bool, "data-detected": bool}
-// Reading: missing keys give 0 and false.
+/// Transport statistics of one stream.
+///
+/// JSON form: {"session-id": unsigned 64-bit, "stream-id": unsigned,
+///             "error-detected": bool, "data-detected": bool}
+/// Reading: missing keys give 0 and false.
 class TpcStatistics : public IJsonSerializable {
 public:
     TpcStatistics() = default;

@@ -5,15 +5,15 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Role of a video stream in a multi-stream video transport and its position there.
-// JSON form: the object "tributary" {"type": word, "index": integer} inside the
-// document handed to Serialize/Deserialize.
-//
-//   0 "none"       read from "none" and from a missing "type"
-//   1 "MULTI-2SI"
-//   2 "MULTI-SD"
-//   other codes are written "none"
-// Any other text keeps the code. "index" is always read, -1 (no index) when missing.
+/// Role of a video stream in a multi-stream video transport and its position there.
+/// JSON form: the object "tributary" {"type": word, "index": integer} inside the
+/// document handed to Serialize/Deserialize.
+///
+///   0 "none"       read from "none" and from a missing "type"
+///   1 "MULTI-2SI"
+///   2 "MULTI-SD"
+///   other codes are written "none"
+/// Any other text keeps the code. "index" is always read, -1 (no index) when missing.
 class TributaryType : public IJsonSerializable {
 public:
     enum tributary_type_en : int32_t { NONE = 0, MULTI_2SI = 1, MULTI_SD = 2 };
@@ -22,9 +22,9 @@ public:
     TributaryType(int32_t code, int32_t index) : m_type(code), m_index(index) {}
     ~TributaryType() override = default;
 
-    // Writes out["tributary"]["type"] and out["tributary"]["index"].
+    /// Writes out["tributary"]["type"] and out["tributary"]["index"].
     void Serialize(Json::Value& out) const override;
-    // Reads in["tributary"]; an absent or null object gives code 0 and index -1.
+    /// Reads in["tributary"]; an absent or null object gives code 0 and index -1.
     void Deserialize(Json::Value& in) override;
 
     int32_t get() const { return m_type; }
@@ -32,8 +32,8 @@ public:
     int32_t getIndex() const { return m_index; }
     void setIndex(int32_t index) { m_index = index; }
     std::string toString() const;
-    // Accepts exactly "none", "MULTI-2SI" and "MULTI-SD": sets the code and returns 0.
-    // Any other text keeps the code and returns -8.
+    /// Accepts exactly "none", "MULTI-2SI" and "MULTI-SD": sets the code and returns 0.
+    /// Any other text keeps the code and returns -8.
     int fromString(const std::string& word);
 
     bool operator==(const TributaryType& o) const { return m_type == o.m_type && m_index == o.m_index; }

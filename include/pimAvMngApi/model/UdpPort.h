@@ -4,10 +4,10 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// UDP ports of a stream.
-//
-// JSON form: {"source": 0, "destination": 0}; missing keys read as 0, values are
-// truncated to 16 bits.
+/// UDP ports of a stream.
+///
+/// JSON form: {"source": 0, "destination": 0}; missing keys read as 0, values are
+/// truncated to 16 bits.
 class UdpPort : public IJsonSerializable {
 public:
     UdpPort() = default;

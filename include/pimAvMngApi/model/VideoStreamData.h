@@ -7,14 +7,14 @@
 #include "pimAvMngApi/model/VideoTimingParameters.h"
 #include "pimAvMngApi/platform/VideoFormat.h"
 
-// A video stream as the daemon runs it. Media type 2, UDP ports 20000/20000, DSCP 40,
-// TTL 64, payload size 1376, video format number 1.
-//
-// JSON form: the StreamData keys plus "video" (VideoFormat object), "packet-size"
-// (payload size + 66, or + 70 with a VLAN tag), "sync-enable" (bool), "sof-link-offset"
-// (unsigned, ns) and "tributary" {"type", "index"}. Reading sets the media type to 2;
-// "sync-enable" defaults to true and "sof-link-offset" to 0; the payload size is not
-// read. The timing values are not part of this JSON form.
+/// A video stream as the daemon runs it. Media type 2, UDP ports 20000/20000, DSCP 40,
+/// TTL 64, payload size 1376, video format number 1.
+///
+/// JSON form: the StreamData keys plus "video" (VideoFormat object), "packet-size"
+/// (payload size + 66, or + 70 with a VLAN tag), "sync-enable" (bool), "sof-link-offset"
+/// (unsigned, ns) and "tributary" {"type", "index"}. Reading sets the media type to 2;
+/// "sync-enable" defaults to true and "sof-link-offset" to 0; the payload size is not
+/// read. The timing values are not part of this JSON form.
 class VideoStreamData : public StreamData {
 public:
     VideoStreamData();

@@ -5,16 +5,16 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// How a video receiver or sender paces its buffer.
-//
-// JSON form: {"timing-mode": word, "initBufDelay": n, "minWrRdPtrThresh": n,
-//             "maxWrRdPtrThresh": n, "rtpPktsPerFrame": n}
-// "timing-mode" is always written; each number only when it is not -1 (not set).
-// Timing modes: 0 "unset", 1 "frame_sync", 2 "low_latency", 3 "2059", others "ERROR".
-//
-// Reading: each key is read only when present. "timing-mode" maps "frame_sync" 1,
-// "low_latency" and the empty text (also a null value) 2, "2059" 3; any other word keeps
-// the mode. The numbers are read as signed integers.
+/// How a video receiver or sender paces its buffer.
+///
+/// JSON form: {"timing-mode": word, "initBufDelay": n, "minWrRdPtrThresh": n,
+///             "maxWrRdPtrThresh": n, "rtpPktsPerFrame": n}
+/// "timing-mode" is always written; each number only when it is not -1 (not set).
+/// Timing modes: 0 "unset", 1 "frame_sync", 2 "low_latency", 3 "2059", others "ERROR".
+///
+/// Reading: each key is read only when present. "timing-mode" maps "frame_sync" 1,
+/// "low_latency" and the empty text (also a null value) 2, "2059" 3; any other word keeps
+/// the mode. The numbers are read as signed integers.
 class VideoTimingParameters : public IJsonSerializable {
 public:
     enum timing_mode_en : int32_t { UNSET = 0, FRAME_SYNC = 1, LOW_LATENCY = 2, ST2059 = 3 };

@@ -6,18 +6,18 @@
 #include "pimAvMngApi/model/ChannelChanges.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// A channel-gain request: an optional session id and per-channel changes. Commands:
-// 52 talker gains, 53 listener gains, 54 read source gains, 55 read listener gains.
-//
-// JSON form: {"session-id": unsigned 64-bit (only when not 0),
-//             "channel-list": [{"channel-gain": real, "mute": bool, "position": unsigned}, ...]
-//             (only when there are changes)}
-//
-// Deserialize reads "session-id" unless the record was built with noSessionId = true
-// (listener requests name no session) or the value is empty; when "channel-list" is an
-// array its elements are appended ("channel-gain" 0, "mute" false, "position" 255 when
-// missing) and "GainApi ----- Message Deserialized" goes to the log (level 4) and to the
-// user messages. Values of the wrong kind make jsoncpp throw; earlier changes stay.
+/// A channel-gain request: an optional session id and per-channel changes. Commands:
+/// 52 talker gains, 53 listener gains, 54 read source gains, 55 read listener gains.
+///
+/// JSON form: {"session-id": unsigned 64-bit (only when not 0),
+///             "channel-list": [{"channel-gain": real, "mute": bool, "position": unsigned}, ...]
+///             (only when there are changes)}
+///
+/// Deserialize reads "session-id" unless the record was built with noSessionId = true
+/// (listener requests name no session) or the value is empty; when "channel-list" is an
+/// array its elements are appended ("channel-gain" 0, "mute" false, "position" 255 when
+/// missing) and "GainApi ----- Message Deserialized" goes to the log (level 4) and to the
+/// user messages. Values of the wrong kind make jsoncpp throw; earlier changes stay.
 class VolumeGainApi : public IJsonSerializable {
 public:
     static constexpr unsigned int kSetTalkerGain = 52;
@@ -31,19 +31,19 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    // Checks a request document for a gain command; returns 0 or -13. Every rejection
-    // is logged at level 2 and added to the user messages with the same text:
-    //  - 52, 54 without "session-id": "Must specify the session-ID for this command";
-    //  - other commands than 52, 53, 55 then pass;
-    //  - 52, 53, 55 whose "channel-list" is missing or not an array: "The 'channel-list'
-    //    node is either missing or isn't an array." and -13 (the request cannot be
-    //    applied without its channels);
-    //  - 55 with an empty array: "The 'channel-list' array is empty.";
-    //  - 52, 53: the first element lacking a field gives "Every channel specified must
-    //    contain all 3 fields [channel-gain, position, mute]" then "Channel [%d] specified
-    //    is missing a field."; a non-number gain, a non-integer position or a non-bool
-    //    mute gives its own message naming the element's index.
-    // The request is not changed.
+    /// Checks a request document for a gain command; returns 0 or -13. Every rejection
+    /// is logged at level 2 and added to the user messages with the same text:
+    ///  - 52, 54 without "session-id": "Must specify the session-ID for this command";
+    ///  - other commands than 52, 53, 55 then pass;
+    ///  - 52, 53, 55 whose "channel-list" is missing or not an array: "The 'channel-list'
+    ///    node is either missing or isn't an array." and -13 (the request cannot be
+    ///    applied without its channels);
+    ///  - 55 with an empty array: "The 'channel-list' array is empty.";
+    ///  - 52, 53: the first element lacking a field gives "Every channel specified must
+    ///    contain all 3 fields [channel-gain, position, mute]" then "Channel [%d] specified
+    ///    is missing a field."; a non-number gain, a non-integer position or a non-bool
+    ///    mute gives its own message naming the element's index.
+    /// The request is not changed.
     static int Validate(Json::Value& request, unsigned int command);
 
     std::vector<ChannelChanges> m_changes;

@@ -7,15 +7,15 @@
 #include "pimAvMngApi/platform/AlarmSeverity.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// One alarm raised by the daemon.
-//
-// JSON form (an object):
-//   {"code": 0,                  unsigned, the daemon's alarm code
-//    "severity": "indeterminate",  AlarmSeverity word
-//    "text": "",                 description for the user
-//    "time": 0}                  unsigned 64-bit, seconds since the epoch when raised
-// Reading: missing keys give 0, "indeterminate", "" and 0; values of the wrong JSON
-// kind make jsoncpp throw out of Deserialize.
+/// One alarm raised by the daemon.
+///
+/// JSON form (an object):
+///   {"code": 0,                  unsigned, the daemon's alarm code
+///    "severity": "indeterminate",  AlarmSeverity word
+///    "text": "",                 description for the user
+///    "time": 0}                  unsigned 64-bit, seconds since the epoch when raised
+/// Reading: missing keys give 0, "indeterminate", "" and 0; values of the wrong JSON
+/// kind make jsoncpp throw out of Deserialize.
 class Alarm : public IJsonSerializable {
 public:
     Alarm() = default;

@@ -5,11 +5,11 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Severity of an alarm, JSON key "severity" (the levels of ITU-T X.733).
-//
-//   0 "cleared"  1 "indeterminate"  2 "warning"  3 "minor"  4 "major"  5 "critical"
-// Reading compares exactly; any other text and a missing key give 1 "indeterminate".
-// Codes outside the table are written "indeterminate".
+/// Severity of an alarm, JSON key "severity" (the levels of ITU-T X.733).
+///
+///   0 "cleared"  1 "indeterminate"  2 "warning"  3 "minor"  4 "major"  5 "critical"
+/// Reading compares exactly; any other text and a missing key give 1 "indeterminate".
+/// Codes outside the table are written "indeterminate".
 class AlarmSeverity : public IJsonSerializable {
 public:
     enum severity_en : int32_t {

@@ -6,16 +6,16 @@
 #include "pimAvMngApi/model/DaifType.h"
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// One channel selection: the interface the channel belongs to (its format descriptor
-// and, for boards with several interfaces of one kind, which of them) and the channel
-// number on that interface.
-//
-// JSON form (an object):
-//   {"interface": {"type": 12, "string": "auto"},   the DaifType
-//    "interface-index": 0,                          unsigned, which interface of that kind
-//    "channel": 0}                                  unsigned, channel number on the interface
-// Reading: a missing "interface" gives type 12 and "auto"; missing numbers give 0.
-// Values of the wrong JSON kind make jsoncpp throw out of Deserialize.
+/// One channel selection: the interface the channel belongs to (its format descriptor
+/// and, for boards with several interfaces of one kind, which of them) and the channel
+/// number on that interface.
+///
+/// JSON form (an object):
+///   {"interface": {"type": 12, "string": "auto"},   the DaifType
+///    "interface-index": 0,                          unsigned, which interface of that kind
+///    "channel": 0}                                  unsigned, channel number on the interface
+/// Reading: a missing "interface" gives type 12 and "auto"; missing numbers give 0.
+/// Values of the wrong JSON kind make jsoncpp throw out of Deserialize.
 class ChannelId : public IJsonSerializable {
 public:
     ChannelId() = default;
@@ -26,7 +26,7 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    // "<string>(<type>)/<interface-index>:<channel>", for example "auto(12)/0:5".
+    /// "<string>(<type>)/<interface-index>:<channel>", for example "auto(12)/0:5".
     std::string toString() const;
 
     bool operator==(const ChannelId& o) const {

@@ -6,8 +6,8 @@
 
 #include "pimAvMngApi/platform/Logger.h"
 
-// Collects the messages meant for the end user (SDP refusals, gain-request refusals)
-// so that the process answering a request can hand them back in its reply.
+/// Collects the messages meant for the end user (SDP refusals, gain-request refusals)
+/// so that the process answering a request can hand them back in its reply.
 class ErrorAuxMsg {
 public:
     static ErrorAuxMsg* getInstance();

@@ -2,8 +2,8 @@
 
 #include <string>
 
-// Details of the last failed exchange of a ClientJsonApi: the negative code,
-// a readable text, and the command that was being sent.
+/// Details of the last failed exchange of a ClientJsonApi: the negative code,
+/// a readable text, and the command that was being sent.
 struct ErrorReport {
     int code = 0;
     std::string text;

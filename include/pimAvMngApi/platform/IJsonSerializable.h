@@ -4,12 +4,12 @@
 
 #include <string>
 
-// Base of every record that travels as a JSON document.
-//
-// Serialize writes every member into `out` with out[key] = value, so keys the record
-// does not know stay in place. Deserialize reads members with get(key, default);
-// a value of the wrong JSON kind makes jsoncpp throw, and the exception is the
-// caller's to catch.
+/// Base of every record that travels as a JSON document.
+///
+/// Serialize writes every member into `out` with out[key] = value, so keys the record
+/// does not know stay in place. Deserialize reads members with get(key, default);
+/// a value of the wrong JSON kind makes jsoncpp throw, and the exception is the
+/// caller's to catch.
 class IJsonSerializable {
 public:
     IJsonSerializable() = default;
@@ -20,7 +20,7 @@ public:
     virtual void Serialize(Json::Value& out) const = 0;
     virtual void Deserialize(Json::Value& in) = 0;
 
-    // Renders a document as one line: no comments, no indentation, no blank after
-    // the colon, members in jsoncpp's (key-sorted) order. Replaces the text.
+    /// Renders a document as one line: no comments, no indentation, no blank after
+    /// the colon, members in jsoncpp's (key-sorted) order. Replaces the text.
     static void convertJsonToString(Json::Value& value, std::string& text);
 };

@@ -2,8 +2,8 @@
 
 #include <json/json.h>
 
-// One request to the AV manager daemon: a command id and, for most commands,
-// a JSON request document.
+/// One request to the AV manager daemon: a command id and, for most commands,
+/// a JSON request document.
 class IpcMsg {
 public:
     explicit IpcMsg(unsigned int commandId) : m_command_id(commandId) {}

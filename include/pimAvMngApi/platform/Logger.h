@@ -13,12 +13,12 @@
 #define PIMAV_PRINTF_FORMAT(fmt_index, first_arg)
 #endif
 
-// Process-wide log sink with printf-style formatting.
-//
-// Levels follow syslog numbering: 2 errors and refused input, 3 missing optional
-// values, 4 notices, 5 state changes, 6 dumps, 7 step-by-step traces. A line whose
-// level is above the threshold is dropped before its format is expanded, so a
-// disabled trace costs one relaxed atomic load.
+/// Process-wide log sink with printf-style formatting.
+///
+/// Levels follow syslog numbering: 2 errors and refused input, 3 missing optional
+/// values, 4 notices, 5 state changes, 6 dumps, 7 step-by-step traces. A line whose
+/// level is above the threshold is dropped before its format is expanded, so a
+/// disabled trace costs one relaxed atomic load.
 class Logger {
 public:
     enum logDebugLevel_t {
@@ -32,28 +32,28 @@ public:
         LOG_DEBUG = 7,
     };
 
-    // Receives every line that passes the threshold. The line carries no trailing newline.
+    /// Receives every line that passes the threshold. The line carries no trailing newline.
     using Sink = std::function<void(int level, const std::string& line)>;
 
     static constexpr int kDefaultThreshold = 4;
 
     static Logger* getInstance();
 
-    // Same as getInstance()->logMessage(...).
+    /// Same as getInstance()->logMessage(...).
     static void log(int level, const char* fmt, ...) PIMAV_PRINTF_FORMAT(2, 3);
 
     void logMessage(int level, const char* fmt, ...) PIMAV_PRINTF_FORMAT(3, 4);
     void vlogMessage(int level, const char* fmt, va_list args);
 
-    // True when a line of this level would be written. Callers use it to skip
-    // expensive argument preparation (rendering a JSON document, for example).
+    /// True when a line of this level would be written. Callers use it to skip
+    /// expensive argument preparation (rendering a JSON document, for example).
     static bool isEnabled(int level) { return level <= s_threshold.load(std::memory_order_relaxed); }
 
     void setThreshold(int level) { s_threshold.store(level, std::memory_order_relaxed); }
     int getThreshold() const { return s_threshold.load(std::memory_order_relaxed); }
 
-    // Replaces the output. An empty function restores the default output: stderr, one
-    // line per message, prefixed with the level tag "[N] ".
+    /// Replaces the output. An empty function restores the default output: stderr, one
+    /// line per message, prefixed with the level tag "[N] ".
     void setSink(Sink sink);
 
     Logger(const Logger&) = delete;
@@ -63,8 +63,8 @@ private:
     Logger() = default;
     void write(int level, const std::string& line);
 
-    // Held outside the one instance so that isEnabled, inlined at every call site,
-    // is a single load.
+    /// Held outside the one instance so that isEnabled, inlined at every call site,
+    /// is a single load.
     static std::atomic<int> s_threshold;
     std::mutex m_sink_mutex;
     std::shared_ptr<const Sink> m_sink;

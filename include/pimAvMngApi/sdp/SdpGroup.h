@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-// The grouping line of one SDP text ("a=group:DUP ..." for SMPTE ST 2022-7 duplicate
-// streams, "a=group:MULTI-2SI ..." / "a=group:MULTI-SD ..." for multi-stream video),
-// held only while that text is parsed. The items are the media identifications in the
-// order written; media sections are matched to them by position.
+/// The grouping line of one SDP text ("a=group:DUP ..." for SMPTE ST 2022-7 duplicate
+/// streams, "a=group:MULTI-2SI ..." / "a=group:MULTI-SD ..." for multi-stream video),
+/// held only while that text is parsed. The items are the media identifications in the
+/// order written; media sections are matched to them by position.
 class SdpGroup {
 public:
     enum Type : int {

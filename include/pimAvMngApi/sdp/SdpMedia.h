@@ -9,19 +9,19 @@
 #include "pimAvMngApi/sdp/SdpGroup.h"
 #include "pimAvMngApi/sdp/SdpMediaRtpMap.h"
 
-// One media description ("m=" section) of an SDP session: transport, PTP reference
-// clock, RTP maps and, for video, the SMPTE ST 2110-20 format parameters.
-//
-// Addresses are IPv4 in host byte order, 0 meaning not set, and travel as dotted-quad
-// text. JSON keys: "type", "udp", "protocol", "ptime", "number-samples", "ttl",
-// "info", "group", "payload_types" (array), "rtpmap" (array), "mediaclk",
-// "clock-is-ptp", "ptp" {"gmid", "domain"}, "local-ip", "transport-ip" and "video"
-// (the VideoFormat object plus "depth", "sampling", "colorimetry"). The group type,
-// packing mode, sender type and channel order are not part of the JSON form.
-//
-// Deserialize resets every scalar to its reading default when its key is missing, but
-// keeps an address when its text is empty or invalid (the latter logged), reads the
-// "video" keys only when "video" is an object, and appends to the two lists.
+/// One media description ("m=" section) of an SDP session: transport, PTP reference
+/// clock, RTP maps and, for video, the SMPTE ST 2110-20 format parameters.
+///
+/// Addresses are IPv4 in host byte order, 0 meaning not set, and travel as dotted-quad
+/// text. JSON keys: "type", "udp", "protocol", "ptime", "number-samples", "ttl",
+/// "info", "group", "payload_types" (array), "rtpmap" (array), "mediaclk",
+/// "clock-is-ptp", "ptp" {"gmid", "domain"}, "local-ip", "transport-ip" and "video"
+/// (the VideoFormat object plus "depth", "sampling", "colorimetry"). The group type,
+/// packing mode, sender type and channel order are not part of the JSON form.
+///
+/// Deserialize resets every scalar to its reading default when its key is missing, but
+/// keeps an address when its text is empty or invalid (the latter logged), reads the
+/// "video" keys only when "video" is an object, and appends to the two lists.
 class SdpMedia : public IJsonSerializable {
 public:
     enum Type : int {
@@ -31,8 +31,8 @@ public:
     };
 
     SdpMedia() = default;
-    // The declared destructor would suppress the implicit moves; a parse hands its
-    // result over by moving it.
+    /// The declared destructor would suppress the implicit moves; a parse hands its
+    /// result over by moving it.
     SdpMedia(const SdpMedia&) = default;
     SdpMedia(SdpMedia&&) = default;
     SdpMedia& operator=(const SdpMedia&) = default;
@@ -42,18 +42,18 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    // "AUDIO", "VIDEO" or "NOT_RECOGNIZED" (also for any out-of-range value).
+    /// "AUDIO", "VIDEO" or "NOT_RECOGNIZED" (also for any out-of-range value).
     std::string getTypeStr() const;
-    // "AUDIO" -> AUDIO, "VIDEO" -> VIDEO, any other text (case-sensitive) -> NOT_RECOGNIZED.
+    /// "AUDIO" -> AUDIO, "VIDEO" -> VIDEO, any other text (case-sensitive) -> NOT_RECOGNIZED.
     static Type getTypeEnum(std::string text);
 
-    // Writes the description and its RTP maps to the log at level 6.
+    /// Writes the description and its RTP maps to the log at level 6.
     void dump() const;
 
     Type m_type = NOT_RECOGNIZED;
     uint32_t m_udp_port = 0;
     std::string m_protocol = "RTP/AVP";
-    float m_ptime = 0.0f;  // milliseconds
+    float m_ptime = 0.0f;  ///< milliseconds
     uint8_t m_number_samples = 0;
     uint8_t m_ttl = 64;
     std::string m_info;

@@ -8,17 +8,17 @@
 #include "pimAvMngApi/sdp/SdpMedia.h"
 #include "pimAvMngApi/sdp/SdpSessionTime.h"
 
-// One SDP session description: origin, name, timing and its media descriptions in SDP
-// order. The origin address is IPv4 in host byte order (0: not set).
-//
-// JSON keys: "protocol-version", "user-name", "id", "version", "time" {"start",
-// "stop"}, "info", "local-ip", "media" (array, absent when there is no media).
-// Deserialize appends one SdpMedia per element of "media".
+/// One SDP session description: origin, name, timing and its media descriptions in SDP
+/// order. The origin address is IPv4 in host byte order (0: not set).
+///
+/// JSON keys: "protocol-version", "user-name", "id", "version", "time" {"start",
+/// "stop"}, "info", "local-ip", "media" (array, absent when there is no media).
+/// Deserialize appends one SdpMedia per element of "media".
 class SdpSession : public IJsonSerializable {
 public:
     SdpSession() = default;
-    // The declared destructor would suppress the implicit moves; a parse hands its
-    // result over by moving it.
+    /// The declared destructor would suppress the implicit moves; a parse hands its
+    /// result over by moving it.
     SdpSession(const SdpSession&) = default;
     SdpSession(SdpSession&&) = default;
     SdpSession& operator=(const SdpSession&) = default;
@@ -28,7 +28,7 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    // Writes the session and all its media descriptions to the log at level 6.
+    /// Writes the session and all its media descriptions to the log at level 6.
     void dump() const;
 
     uint8_t m_protocol_version = 0;

@@ -4,9 +4,9 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// The two values of an SDP "t=" line.
-//
-// JSON form: {"start": unsigned, "stop": unsigned}; a missing key reads as 0.
+/// The two values of an SDP "t=" line.
+///
+/// JSON form: {"start": unsigned, "stop": unsigned}; a missing key reads as 0.
 class SdpSessionTime : public IJsonSerializable {
 public:
     SdpSessionTime() = default;
