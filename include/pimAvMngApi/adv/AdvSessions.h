@@ -59,7 +59,9 @@ public:
     int getSessionStatus(session_id_t id, AdvertisementState& state) const;
     /// 0 or -3 for an unknown id.
     int getAdvertisedSdp(session_id_t id, std::string& sdp, std::string& url) const;
+    /// Copies the entry of `id` into `entry`: 0, or -3 for an unknown id.
     int getAdvertisementSessionEntry(session_id_t id, AdvSessionEntry& entry) const;
+    /// Copies the parsed session of `id` into `session`: 0, or -3 for an unknown id.
     int getSdpSession(session_id_t id, SdpSession& session) const;
 
     /// Writes the entries as an array into reply["list"] (null when there is none).
@@ -68,10 +70,14 @@ public:
     /// Logs the count, a header and one row per RTP map of every media description.
     void dumpTable() const;
 
+    /// The number of entries.
     size_t size() const { return m_db.m_entries.size(); }
+    ///@{
     /// Marks of not yet advertised ids, in total and for one id.
     size_t getPendingCount() const { return m_pending_count; }
     size_t getPendingCount(session_id_t id) const;
+    ///@}
+    /// The entries, keyed by session id.
     const AdvSessionsDb& getDb() const { return m_db; }
 
 private:

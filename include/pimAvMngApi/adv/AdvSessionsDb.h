@@ -19,5 +19,5 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    std::map<session_id_t, AdvSessionEntry> m_entries;
+    std::map<session_id_t, AdvSessionEntry> m_entries;  ///< The entries by session id, one per id.
 };

@@ -14,6 +14,7 @@
 /// Reading: "Stale" gives STALE, any other text (and a missing key) gives OK.
 class AdvertisementState : public IJsonSerializable {
 public:
+    /// The state codes.
     enum AdvertisementState_en : int32_t { OK = 0, STALE = 1 };
 
     AdvertisementState() = default;
@@ -25,7 +26,9 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
+    /// The state code.
     int32_t getState() const { return m_state; }
+    /// Sets the state code; any value is kept as given.
     void setState(int32_t state) { m_state = state; }
 
     /// "OK", "Stale" or "Undefined".
@@ -33,8 +36,11 @@ public:
     /// The reading rule: "Stale" gives STALE, anything else OK.
     void fromString(const std::string& text);
 
+    ///@{
+    /// States are equal when their codes are.
     bool operator==(const AdvertisementState& other) const { return m_state == other.m_state; }
     bool operator!=(const AdvertisementState& other) const { return m_state != other.m_state; }
+///@}
 
-    int32_t m_state = OK;
+    int32_t m_state = OK;  ///< The state code (OK, STALE, or any other value read as "Undefined").
 };

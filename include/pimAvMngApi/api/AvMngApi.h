@@ -99,9 +99,11 @@ public:
     /// A sender configuration rebuilt from getSessionBasicInfo: id, name, and one source
     /// per audio, video and ancillary stream, appended to the three lists of *api.
     int getSessionCfg(session_id_t id, SourceApi* api);
+    ///@{
     /// Commands 5 and 6: the reply's "list" is read into *list.
     int getSourceSessionList(SessionStreamList* list);
     int getDestinationSessionList(SessionStreamList* list);
+    ///@}
     /// Command 7: the reply's "list" is read into *db.
     int getAdvertisedSessionList(AdvSessionsDb* db);
     /// Command 23: {"id", "pause"}.
@@ -127,9 +129,11 @@ public:
     /// "fileCfgGetTable:: Parameter is null." and sends nothing, like every other
     /// pointer argument.
     int fileCfgGetTable(CfgFileTable* table);
+    ///@{
     /// Commands 25 and 26: {"pos"}.
     int fileCfgSetStartupPos(unsigned int pos);
     int fileCfgRemoveConfig(unsigned int pos);
+///@}
 
     // ---- system clock and global settings ----
 
@@ -140,9 +144,11 @@ public:
     int getSystemClockInfo(ClockConfig* config, ClockStatus* status, ClockCounters* counters, VtcStatus* vtc);
     /// Command 39.
     int resetSystemClockCounters();
+    ///@{
     /// Commands 27 and 28: the member "global".
     int getGlobalConfig(AvGlobalCfg* config);
     int setGlobalConfig(AvGlobalCfg& config);
+///@}
 
     // ---- alarms, notifications, statistics, counters ----
 
@@ -178,17 +184,22 @@ public:
     int getSdiOffset(uint32_t index, SdiOffset& offset);
     /// Command 37: entry `index` of the reply's "sdi-vpg-info"; -1 when there is none.
     int getSdiVpgInfo(uint32_t index, SdiVpgData& data);
+    ///@{
     /// Commands 35 and 34: the whole document.
     int setHdmiAudioOffset(HdmiAudioOffset& offset);
     int getHdmiAudioOffset(HdmiAudioOffset& offset);
+    ///@}
     /// Command 43: the whole record.
     int setInterfaceLoopBackMode(InterfaceLoopBack& mode);
+    ///@{
     /// Commands 45 and 46: the member "video-ref".
     int getVideoReferenceCfg(VideoRefOutputCfg& config);
     int setVideoReferenceCfg(VideoRefOutputCfg& config);
+///@}
 
     // ---- channel gains ----
 
+    ///@{
     /// These send nothing and return 0. Gain requests travel through the JSON layer
     /// (jsonApi.setSourceChannelGain(request, reply) and the three others), with request
     /// documents built from VolumeGainApi records.
@@ -196,6 +207,7 @@ public:
     int setDestinationChannelGain();
     int getSourceChannelGain();
     int getDestinationChannelGain();
+///@}
 
     /// The JSON layer that carries every exchange; hosts may use it for the commands
     /// that have no typed method.

@@ -17,6 +17,7 @@
 /// The daemon's endpoint is "tcp://" + ipcHost + ":" + ipcPort.
 class AvMngApiJson : public ClientJsonApi {
 public:
+    /// Port of the daemon's endpoint unless the host sets ipcPort.
     static constexpr uint32_t kDefaultIpcPort = 5559;
 
     AvMngApiJson();
@@ -24,7 +25,9 @@ public:
 
     /// Hooks used by the transport.
     std::string getIpcConnectAddress() override;
+    /// The command's name from the command table.
     int getCommandDescription(unsigned int id, std::string& description) override;
+    /// 150000 ms, the time limit of every exchange.
     int getClientTimeout() override;
 
     /// Prepares the link with the host's context. Negative base result: CHK line and
@@ -90,6 +93,6 @@ public:
     int getSourceChannelGain(Json::Value& request, Json::Value& reply);                 ///< 54
     int getDestinationChannelGain(Json::Value& request, Json::Value& reply);            ///< 55
 
-    uint32_t ipcPort;
-    std::string ipcHost;
+    uint32_t ipcPort;  ///< TCP port of the daemon's endpoint (kDefaultIpcPort unless set).
+    std::string ipcHost;  ///< Host of the daemon's endpoint.
 };

@@ -36,17 +36,24 @@ public:
     /// Rebuilds the format list from the model and the module. Returns 0.
     int initializeSupportedVideoFormatList();
 
+    /// The board model.
     BoardModelType getModel() const { return m_model; }
+    /// The text of the board model ("Undefined" outside the table).
     std::string getModelString() const { return boardModelTypeToString(m_model); }
+    /// The fitted video module as a record.
     const BitstreamType& getBitstream() const { return m_bitstream; }
+    /// The fitted video module.
     BitstreamType::module_t getModule() const { return m_bitstream.getModule(); }
     /// Sets the module and rebuilds the format list (no log line).
     void setModule(BitstreamType::module_t module);
 
+    /// The supported video formats, in the order given above.
     const std::vector<VideoFormat>& getSupportedVideoFormats() const { return m_supported_video_formats; }
+    /// True when `format` is in the supported list.
     bool isVideoFormatSupported(VideoFormat::video_format_t format) const;
 
-    BoardModelType m_model = BIRCH_AES67;
-    BitstreamType m_bitstream;
+    BoardModelType m_model = BIRCH_AES67;  ///< The board model ("model").
+    BitstreamType m_bitstream;  ///< The fitted video module ("module").
+    /// The formats that the model and module support; not written to JSON.
     std::vector<VideoFormat> m_supported_video_formats;
 };

@@ -22,9 +22,10 @@
 /// other indexes are skipped) and takes "startup" (default 10) without a range check.
 class CfgFileTable : public IJsonSerializable {
 public:
+    /// Number of positions, the user positions and the start-up one.
     static constexpr unsigned int kNumPositions = 11;
-    static constexpr unsigned int kNumUserPositions = 10;
-    static constexpr unsigned int kDefaultPosition = 10;
+    static constexpr unsigned int kNumUserPositions = 10;  ///< Number of user positions, 0 to 9.
+    static constexpr unsigned int kDefaultPosition = 10;  ///< The system start-up position.
 
     CfgFileTable();
     ~CfgFileTable() override = default;
@@ -38,8 +39,11 @@ public:
     /// 0 and the position selected; -8 for a position above 10; -23 (logged at level 2)
     /// for a position without a name or without a size.
     int setStartupPosition(unsigned int pos);
+    /// Selects the system start-up position (10). Returns 0.
     int setStartupPositiontoDefault();
+    /// The position loaded at start-up.
     unsigned int getStartupPosition() const { return m_startup_pos; }
+    /// True when the start-up position is the system one (10).
     bool isStartupTheDefault() const { return m_startup_pos == kDefaultPosition; }
 
     /// The position's record, nullptr above 10.
@@ -53,6 +57,6 @@ public:
     /// The file name prefix of the board that SystemDefaultCfg describes.
     static std::string getBoardFilePrefix();
 
-    std::vector<CfgFileInfo> m_files;
-    uint32_t m_startup_pos = kDefaultPosition;
+    std::vector<CfgFileInfo> m_files;  ///< The eleven positions, indexed by position.
+    uint32_t m_startup_pos = kDefaultPosition;  ///< The position loaded at start-up ("startup").
 };

@@ -12,6 +12,7 @@
 /// "ref-str" is not read.
 class ClockConfig : public IJsonSerializable {
 public:
+    /// The selectable references, by code.
     enum ClockInterface_en : int32_t {
         CLOCK_REF_AUTO_PTP = 4,       ///< "AUTO - PTP BASED"
         CLOCK_REF_AUTO_EXTERNAL = 5,  ///< "AUTO - EXTERNAL REFERENCE"
@@ -23,6 +24,7 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
+    /// The selected reference.
     ClockInterface_en getClockRefType() const { return m_clock_ref; }
     /// CLOCK_REF_AUTO_PTP is always taken. CLOCK_REF_AUTO_EXTERNAL is taken only on the
     /// LARCH boards (LARCH_MADI, LARCH_AES1616, LARCH_ANA88) of
@@ -36,5 +38,5 @@ public:
     /// getClockRefTypeStr is then written).
     std::string getCurrentClockRefTypeStr() const;
 
-    ClockInterface_en m_clock_ref = CLOCK_REF_AUTO_PTP;
+    ClockInterface_en m_clock_ref = CLOCK_REF_AUTO_PTP;  ///< The selected reference ("ref-type").
 };

@@ -22,6 +22,7 @@
 /// (default "AM824") and gives CODEC_NOT_SUPPORTED for a name outside the table.
 class Codec : public IJsonSerializable {
 public:
+    /// The codes of the table above.
     enum codec_t : uint32_t {
         CODEC_AM824 = 0,
         CODEC_L32 = 1,
@@ -34,6 +35,7 @@ public:
     };
 
     Codec() = default;
+    /// A value holding `code`, kept as given.
     explicit Codec(uint32_t code) : m_codec(code) {}
     ~Codec() override = default;
 
@@ -45,13 +47,19 @@ public:
     int setCodec(std::string name);
     /// The text of the code; "Not-supported" for 7 and any other value.
     std::string toString() const { return toString(m_codec); }
+    /// The text of `code` by the table above.
     static std::string toString(uint32_t code);
 
+    /// The code.
     uint32_t getCodec() const { return m_codec; }
+    /// Sets the code; any value is kept as given.
     void setCodecValue(uint32_t code) { m_codec = code; }
 
+    ///@{
+    /// Values are equal when their codes are.
     bool operator==(const Codec& o) const { return m_codec == o.m_codec; }
     bool operator!=(const Codec& o) const { return m_codec != o.m_codec; }
+///@}
 
-    uint32_t m_codec = CODEC_AM824;
+    uint32_t m_codec = CODEC_AM824;  ///< The code ("codec").
 };

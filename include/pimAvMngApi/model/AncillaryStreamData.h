@@ -15,5 +15,6 @@ public:
     void Deserialize(Json::Value& in) override;
     void dumpDerivedStreamData() override;
 
+    /// Bytes of one packet: payload plus 66 header bytes, 70 with a VLAN tag.
     uint32_t getPacketSize() const { return packetSize(66); }
 };

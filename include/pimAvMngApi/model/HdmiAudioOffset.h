@@ -12,11 +12,12 @@
 class HdmiAudioOffset : public IJsonSerializable {
 public:
     HdmiAudioOffset() = default;
+    /// An offset of `offset`.
     explicit HdmiAudioOffset(uint32_t offset) : m_offset(offset) {}
     ~HdmiAudioOffset() override = default;
 
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint32_t m_offset = 0;
+    uint32_t m_offset = 0;  ///< "hdmi-audio-offset".
 };

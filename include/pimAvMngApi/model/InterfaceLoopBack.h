@@ -16,6 +16,6 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    bool m_enable = false;
-    DaifType m_interface;
+    bool m_enable = false;  ///< Loop-back on ("enable").
+    DaifType m_interface;  ///< The interface ("interface").
 };

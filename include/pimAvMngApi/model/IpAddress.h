@@ -10,10 +10,14 @@
 class IpAddress {
 public:
     IpAddress() = default;
+    /// An address from its host-order number.
     explicit IpAddress(uint32_t hostOrder) : m_addr(hostOrder) {}
 
+    /// The address in host byte order.
     uint32_t get() const { return m_addr; }
+    /// Sets the address from a host-order number.
     void set(uint32_t hostOrder) { m_addr = hostOrder; }
+    /// True when the address is not 0.
     bool isSet() const { return m_addr != 0; }
 
     /// Dotted-quad text; 0 gives "0.0.0.0".
@@ -32,9 +36,12 @@ public:
     /// of the wrong JSON kind (object, array) makes jsoncpp throw.
     void Deserialize(std::string key, Json::Value& in);
 
+    ///@{
+    /// Compare the host-order numbers.
     bool operator==(const IpAddress& other) const { return m_addr == other.m_addr; }
     bool operator!=(const IpAddress& other) const { return m_addr != other.m_addr; }
     bool operator<(const IpAddress& other) const { return m_addr < other.m_addr; }
+///@}
 
 private:
     uint32_t m_addr = 0;

@@ -19,6 +19,6 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint8_t m_payload_type = 98;
-    Ssrc m_ssrc;
+    uint8_t m_payload_type = 98;  ///< "payload-type".
+    Ssrc m_ssrc;  ///< The synchronisation source ("sscr").
 };

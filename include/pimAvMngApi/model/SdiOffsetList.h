@@ -18,5 +18,5 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    std::list<SdiOffset> m_offsets;
+    std::list<SdiOffset> m_offsets;  ///< The offsets, in array order.
 };

@@ -18,6 +18,7 @@
 /// the failure keeps its new value; the origin is then unchanged.
 class SessionConnectionInfo : public IJsonSerializable {
 public:
+    /// Who created the session, by code.
     enum origin_en : int32_t { JSONAPI = 0, NMOS = 1 };
 
     SessionConnectionInfo() = default;
@@ -26,6 +27,6 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    std::string m_remote;
-    int32_t m_origin = JSONAPI;
+    std::string m_remote;  ///< "remote"; empty when not known.
+    int32_t m_origin = JSONAPI;  ///< Origin code ("origin").
 };

@@ -34,28 +34,34 @@
 /// the record does not know are kept per session and per stream and written back.
 class SessionStreamList : public IJsonSerializable {
 public:
+    /// One stream of a session.
     struct Stream {
-        uint64_t m_id = 0;
-        std::string m_name;
-        std::string m_type;
-        std::string m_class;
-        std::string m_state;
-        ChannelList m_channels;
-        Json::Value m_other_keys;
+        uint64_t m_id = 0;  ///< "id".
+        std::string m_name;  ///< "name".
+        std::string m_type;  ///< "type".
+        std::string m_class;  ///< "class".
+        std::string m_state;  ///< "state".
+        ChannelList m_channels;  ///< "channel-list".
+        Json::Value m_other_keys;  ///< Members of the last object read that the record does not know.
 
+        /// Writes the stream object, unknown members included.
         void Serialize(Json::Value& out) const;
+        /// Reads one stream object.
         void Deserialize(Json::Value& in);
     };
 
+    /// One session with its streams.
     struct Session {
-        uint64_t m_id = 0;
-        std::string m_name;
-        uint64_t m_version = 0;
-        bool m_paused = false;
-        std::list<Stream> m_streams;
-        Json::Value m_other_keys;
+        uint64_t m_id = 0;  ///< "id".
+        std::string m_name;  ///< "name".
+        uint64_t m_version = 0;  ///< "version".
+        bool m_paused = false;  ///< "paused".
+        std::list<Stream> m_streams;  ///< "streams", in array order.
+        Json::Value m_other_keys;  ///< Members of the last object read that the record does not know.
 
+        /// Writes the session object with its streams, unknown members included.
         void Serialize(Json::Value& out) const;
+        /// Reads one session object with its streams.
         void Deserialize(Json::Value& in);
     };
 
@@ -68,5 +74,5 @@ public:
     /// The session with this id, or nullptr.
     const Session* find(uint64_t id) const;
 
-    std::list<Session> m_sessions;
+    std::list<Session> m_sessions;  ///< The sessions, in array order.
 };

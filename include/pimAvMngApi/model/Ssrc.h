@@ -19,19 +19,23 @@
 ///  - null (the key was absent): nothing changes.
 class Ssrc : public IJsonSerializable {
 public:
+    /// The selections, by code.
     enum ssrc_type_en : int32_t { SESSION_ID = 0, ASIO = 1, MANUAL = 2, UNSPECIFIED = 3 };
 
     Ssrc() = default;
+    /// A selection `type` with the identifier `value`.
     Ssrc(int32_t type, uint32_t value) : m_type(type), m_value(value) {}
     ~Ssrc() override = default;
 
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
+    /// The word of the selection ("-" for a code outside the four).
     std::string toString() const;
 
+    /// Values are equal when selection and identifier are.
     bool operator==(const Ssrc& o) const { return m_type == o.m_type && m_value == o.m_value; }
 
-    int32_t m_type = UNSPECIFIED;
-    uint32_t m_value = 0;
+    int32_t m_type = UNSPECIFIED;  ///< The selection code ("type").
+    uint32_t m_value = 0;  ///< The identifier ("value").
 };

@@ -36,6 +36,7 @@
 /// with ":" separators; octets of an incomplete pass stay stored, empty text changes nothing.
 class StreamData : public IJsonSerializable {
 public:
+    /// A MAC address, most significant octet first.
     using MacAddress = std::array<uint8_t, 6>;
 
     StreamData() = default;
@@ -46,6 +47,7 @@ public:
     /// Logs the members of the derived record at level 6; nothing here.
     virtual void dumpDerivedStreamData() {}
 
+    /// True for an audio stream.
     bool isAudio() const { return m_type.get() == StreamType::AUDIO; }
     /// "primary", "secondary", or "none" for any other code.
     std::string getRedundantType() const { return m_redundant_type.toString(); }
@@ -58,26 +60,28 @@ public:
     /// The in-place parse of "dst-mac-addr" described above.
     static void parseMac(const std::string& text, MacAddress& mac);
 
-    uint32_t m_hw_id = 0xFFFFFFFFu;
-    Vlan m_vlan;
-    UdpPort m_udp{5004, 5004};
-    IpAddrCfg m_ipv4;
-    Rtp m_rtp;
-    StreamClass m_class{StreamClass::SENDER};
-    std::string m_name;
-    State m_state{State::DISABLED};
-    ChannelList m_channels;
-    StreamType m_type{StreamType::AUDIO};
-    int32_t m_media_clk_offset = 0;
-    int32_t m_network_interface_index = -1;
-    uint64_t m_l1_bandwidth = 0;
+    uint32_t m_hw_id = 0xFFFFFFFFu;  ///< Hardware resource of the stream ("hw-id").
+    Vlan m_vlan;  ///< "vlan".
+    UdpPort m_udp{5004, 5004};  ///< "udp".
+    IpAddrCfg m_ipv4;  ///< "ipv4".
+    Rtp m_rtp;  ///< "rtp".
+    StreamClass m_class{StreamClass::SENDER};  ///< "class".
+    std::string m_name;  ///< "name".
+    State m_state{State::DISABLED};  ///< "state".
+    ChannelList m_channels;  ///< "channel-list".
+    StreamType m_type{StreamType::AUDIO};  ///< "type".
+    int32_t m_media_clk_offset = 0;  ///< "media-clk-offset".
+    int32_t m_network_interface_index = -1;  ///< "network-interface-index".
+    uint64_t m_l1_bandwidth = 0;  ///< Bandwidth on the wire ("l1-bandwidth").
+    /// Samples per packet ("samples").
     PacketTimeOptions::samplesPerPkt_e m_samples = PacketTimeOptions::SAMPLES_PER_PKT_UNSUPPORTED;
+    /// Bytes of RTP payload per packet ("payload-size", audio and video streams).
     uint32_t m_payload_size = 0;
-    bool m_unicast = false;
-    MacAddress m_dst_mac{};
-    MacAddress m_src_mac{};
-    uint64_t m_id = 0;
-    RedundantType m_redundant_type;
+    bool m_unicast = false;  ///< Sent to one receiver rather than a group ("unicast").
+    MacAddress m_dst_mac{};  ///< Destination MAC address ("dst-mac-addr").
+    MacAddress m_src_mac{};  ///< Source MAC address; logged, not in the JSON form.
+    uint64_t m_id = 0;  ///< Stream id ("id").
+    RedundantType m_redundant_type;  ///< "redundant-type".
 
 protected:
     /// Reads "samples" (default 0) into m_samples.

@@ -24,12 +24,14 @@ public:
     void Deserialize(Json::Value& in) override;
     void dumpDerivedStreamData() override;
 
+    /// The tributary role and position.
     TributaryType getTributaryType() const { return m_tributary; }
+    /// Bytes of one packet: payload plus 66 header bytes, 70 with a VLAN tag.
     uint32_t getPacketSize() const { return packetSize(66); }
 
-    VideoFormat m_video_format;
-    bool m_sync_enable = true;
-    uint32_t m_sof_link_offset = 0;
-    VideoTimingParameters m_timing;
-    TributaryType m_tributary;
+    VideoFormat m_video_format;  ///< "video".
+    bool m_sync_enable = true;  ///< "sync-enable".
+    uint32_t m_sof_link_offset = 0;  ///< Start-of-frame link offset in nanoseconds ("sof-link-offset").
+    VideoTimingParameters m_timing;  ///< Buffer pacing; not in this JSON form.
+    TributaryType m_tributary;  ///< "tributary".
 };

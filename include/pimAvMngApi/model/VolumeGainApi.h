@@ -20,11 +20,15 @@
 /// user messages. Values of the wrong kind make jsoncpp throw; earlier changes stay.
 class VolumeGainApi : public IJsonSerializable {
 public:
+    ///@{
+    /// The gain command ids: set talker gains, set listener gains, read source gains, read listener gains.
     static constexpr unsigned int kSetTalkerGain = 52;
     static constexpr unsigned int kSetListenerGain = 53;
     static constexpr unsigned int kGetSourceGain = 54;
     static constexpr unsigned int kGetListenerGain = 55;
+///@}
 
+    /// A request; `noSessionId` for listener requests, which name no session.
     explicit VolumeGainApi(bool noSessionId = false) : m_no_session_id(noSessionId) {}
     ~VolumeGainApi() override = default;
 
@@ -46,7 +50,7 @@ public:
     /// The request is not changed.
     static int Validate(Json::Value& request, unsigned int command);
 
-    std::vector<ChannelChanges> m_changes;
-    uint64_t m_session_id = 0;
-    bool m_no_session_id = false;
+    std::vector<ChannelChanges> m_changes;  ///< The channel changes ("channel-list"), in array order.
+    uint64_t m_session_id = 0;  ///< "session-id"; 0 for none.
+    bool m_no_session_id = false;  ///< Deserialize does not read "session-id".
 };

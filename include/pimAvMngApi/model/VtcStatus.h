@@ -20,6 +20,7 @@
 /// know are kept and written back by Serialize.
 class VtcStatus : public IJsonSerializable {
 public:
+    /// The grandmaster's locking states, by code.
     enum master_locking_status_en : uint32_t {
         NOT_IN_USE = 0,
         FREE_RUN = 1,
@@ -33,9 +34,9 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    bool m_locked = false;
-    uint8_t m_domain = 127;
-    uint32_t m_master_locking_status = NOT_IN_USE;
-    int32_t m_current_local_offset = 0;
-    Json::Value m_other_keys;
+    bool m_locked = false;  ///< "locked".
+    uint8_t m_domain = 127;  ///< "domain".
+    uint32_t m_master_locking_status = NOT_IN_USE;  ///< "master-locking-status".
+    int32_t m_current_local_offset = 0;  ///< "current-local-offset".
+    Json::Value m_other_keys;  ///< Members of the last document read that the record does not know.
 };

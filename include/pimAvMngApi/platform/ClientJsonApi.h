@@ -64,9 +64,12 @@ public:
     /// A later success does not clear them. Always returns 0.
     int getLastErrorMessage(ErrorReport& report);
 
-    /// Hooks for the derived class.
+    /// Hook for the derived class: the endpoint to connect to, "tcp://host:port"; the base
+    /// gives an empty text.
     virtual std::string getIpcConnectAddress();
+    /// Names command `id` in log lines and error reports; the base writes "command N". Returns 0.
     virtual int getCommandDescription(unsigned int id, std::string& description);
+    /// The reply time limit in milliseconds; the base gives kDefaultClientTimeoutMs.
     virtual int getClientTimeout();
 
     /// Readable text of a transport code ("unknown error" for any other value).

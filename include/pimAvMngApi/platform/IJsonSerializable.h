@@ -12,12 +12,17 @@
 /// caller's to catch.
 class IJsonSerializable {
 public:
+    ///@{
+    /// Records are values: copied and assigned member by member.
     IJsonSerializable() = default;
     IJsonSerializable(const IJsonSerializable&) = default;
     IJsonSerializable& operator=(const IJsonSerializable&) = default;
     virtual ~IJsonSerializable() = default;
+    ///@}
 
+    /// Writes the record's members into `out` under their JSON keys; other keys of `out` stay.
     virtual void Serialize(Json::Value& out) const = 0;
+    /// Reads the record's members from `in`; a missing key gives the member its default.
     virtual void Deserialize(Json::Value& in) = 0;
 
     /// Renders a document as one line: no comments, no indentation, no blank after
