@@ -98,12 +98,12 @@ public:
         return 0;
     }
 
-    bool m_in_use = false;  ///< A local receiver uses the session ("inuse").
-    AdvertisementState m_status;  ///< OK, or STALE once withdrawn while in use ("status").
-    std::string m_source_url;  ///< Where the advertisement came from ("url").
-    IpAddress m_host_ip;  ///< Address of the advertising host ("host"/"ip").
-    uint16_t m_host_port = 0;  ///< Port of the URL; it has no JSON form.
+    bool m_in_use = false;         ///< A local receiver uses the session ("inuse").
+    AdvertisementState m_status;   ///< OK, or STALE once withdrawn while in use ("status").
+    std::string m_source_url;      ///< Where the advertisement came from ("url").
+    IpAddress m_host_ip;           ///< Address of the advertising host ("host"/"ip").
+    uint16_t m_host_port = 0;      ///< Port of the URL; it has no JSON form.
     bool m_host_is_local = false;  ///< The advertising host is this device ("host"/"address").
-    SdpSession m_session;  ///< The parsed SDP ("session").
-    std::string m_sdp;  ///< The SDP text as received ("sdp-raw").
+    SdpSession m_session;          ///< The parsed SDP ("session").
+    std::string m_sdp;             ///< The SDP text as received ("sdp-raw").
 };

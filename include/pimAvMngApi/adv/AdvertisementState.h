@@ -40,7 +40,7 @@ public:
     /// States are equal when their codes are.
     bool operator==(const AdvertisementState& other) const { return m_state == other.m_state; }
     bool operator!=(const AdvertisementState& other) const { return m_state != other.m_state; }
-///@}
+    ///@}
 
     int32_t m_state = OK;  ///< The state code (OK, STALE, or any other value read as "Undefined").
 };

@@ -93,6 +93,6 @@ public:
     int getSourceChannelGain(Json::Value& request, Json::Value& reply);                 ///< 54
     int getDestinationChannelGain(Json::Value& request, Json::Value& reply);            ///< 55
 
-    uint32_t ipcPort;  ///< TCP port of the daemon's endpoint (kDefaultIpcPort unless set).
+    uint32_t ipcPort;     ///< TCP port of the daemon's endpoint (kDefaultIpcPort unless set).
     std::string ipcHost;  ///< Host of the daemon's endpoint.
 };

@@ -46,7 +46,7 @@ public:
     /// Values are equal when their modules are.
     bool operator==(const BitstreamType& o) const { return m_module == o.m_module; }
     bool operator!=(const BitstreamType& o) const { return m_module != o.m_module; }
-///@}
+    ///@}
 
     module_t m_module = MODULE_NA;  ///< The module ("module").
 };

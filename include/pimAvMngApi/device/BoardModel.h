@@ -53,7 +53,7 @@ public:
     bool isVideoFormatSupported(VideoFormat::video_format_t format) const;
 
     BoardModelType m_model = BIRCH_AES67;  ///< The board model ("model").
-    BitstreamType m_bitstream;  ///< The fitted video module ("module").
+    BitstreamType m_bitstream;             ///< The fitted video module ("module").
     /// The formats that the model and module support; not written to JSON.
     std::vector<VideoFormat> m_supported_video_formats;
 };

@@ -25,7 +25,7 @@ public:
     /// Number of positions, the user positions and the start-up one.
     static constexpr unsigned int kNumPositions = 11;
     static constexpr unsigned int kNumUserPositions = 10;  ///< Number of user positions, 0 to 9.
-    static constexpr unsigned int kDefaultPosition = 10;  ///< The system start-up position.
+    static constexpr unsigned int kDefaultPosition = 10;   ///< The system start-up position.
 
     CfgFileTable();
     ~CfgFileTable() override = default;
@@ -57,6 +57,6 @@ public:
     /// The file name prefix of the board that SystemDefaultCfg describes.
     static std::string getBoardFilePrefix();
 
-    std::vector<CfgFileInfo> m_files;  ///< The eleven positions, indexed by position.
+    std::vector<CfgFileInfo> m_files;           ///< The eleven positions, indexed by position.
     uint32_t m_startup_pos = kDefaultPosition;  ///< The position loaded at start-up ("startup").
 };

@@ -23,9 +23,9 @@ public:
                m_underflow_event == o.m_underflow_event && m_overflow_event == o.m_overflow_event;
     }
 
-    uint32_t m_max = 0;  ///< Highest level seen ("max").
-    uint32_t m_min = 0;  ///< Lowest level seen ("min").
-    uint32_t m_current = 0;  ///< Level now ("current").
+    uint32_t m_max = 0;              ///< Highest level seen ("max").
+    uint32_t m_min = 0;              ///< Lowest level seen ("min").
+    uint32_t m_current = 0;          ///< Level now ("current").
     bool m_underflow_event = false;  ///< The level ran below its range ("underflow-event").
-    bool m_overflow_event = false;  ///< The level ran above its range ("overflow-event").
+    bool m_overflow_event = false;   ///< The level ran above its range ("overflow-event").
 };

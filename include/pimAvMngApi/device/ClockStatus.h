@@ -62,14 +62,15 @@ public:
     std::string getCurrentSystemClockStr() const;
     std::string getCurrentInterfaceClockStr() const;
     std::string getCurrentReferenceClockStr() const;
-///@}
+    ///@}
 
     ///@{
-    /// The texts of a system state, an interface state and a reference code; a value outside the enumeration gets the text noted there.
+    /// The texts of a system state, an interface state and a reference code; a value outside the enumeration
+    /// gets the text noted there.
     static std::string systemClockText(int32_t status);
     static std::string interfaceClockText(int32_t status);
     static std::string currentRefText(int32_t ref);
-///@}
+    ///@}
 
     ClockStatus_en m_system_status = SYSTEM_CLOCK_FREERUN;  ///< System clock state ("system").
     /// Reference interface state ("interface").

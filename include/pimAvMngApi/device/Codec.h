@@ -59,7 +59,7 @@ public:
     /// Values are equal when their codes are.
     bool operator==(const Codec& o) const { return m_codec == o.m_codec; }
     bool operator!=(const Codec& o) const { return m_codec != o.m_codec; }
-///@}
+    ///@}
 
     uint32_t m_codec = CODEC_AM824;  ///< The code ("codec").
 };

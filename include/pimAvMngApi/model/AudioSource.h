@@ -21,7 +21,7 @@ public:
     /// packet time and channel frequency to 0. The codec is kept.
     void clear() override;
 
-    Codec m_codec;  ///< The encoding ("codec").
-    uint32_t m_ptime = 0;  ///< Packet time ("ptime").
+    Codec m_codec;                ///< The encoding ("codec").
+    uint32_t m_ptime = 0;         ///< Packet time ("ptime").
     uint32_t m_channel_freq = 0;  ///< Sampling frequency of the channels ("channel-freq").
 };

@@ -23,8 +23,8 @@ public:
     /// Bytes of one packet: payload plus 54 header bytes, 58 with a VLAN tag.
     uint32_t getPacketSize() const { return packetSize(54); }
 
-    uint32_t m_ptime = 0;  ///< Packet time ("ptime").
+    uint32_t m_ptime = 0;         ///< Packet time ("ptime").
     uint32_t m_channel_freq = 0;  ///< Sampling frequency of the channels ("channel-freq").
-    uint32_t m_link_offset = 0;  ///< Receive delay added to the stream ("link-offset").
-    Codec m_codec;  ///< The encoding ("codec").
+    uint32_t m_link_offset = 0;   ///< Receive delay added to the stream ("link-offset").
+    Codec m_codec;                ///< The encoding ("codec").
 };

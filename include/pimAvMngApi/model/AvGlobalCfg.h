@@ -30,13 +30,13 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    std::string m_device_name;  ///< "device-name".
-    bool m_mdns = true;  ///< "mdns".
-    uint8_t m_ptp_domain = 0;  ///< "ptp-domain".
-    int32_t m_dscp_audio = 34;  ///< "dscp-audio".
-    int32_t m_dscp_video = 40;  ///< "dscp-video".
+    std::string m_device_name;      ///< "device-name".
+    bool m_mdns = true;             ///< "mdns".
+    uint8_t m_ptp_domain = 0;       ///< "ptp-domain".
+    int32_t m_dscp_audio = 34;      ///< "dscp-audio".
+    int32_t m_dscp_video = 40;      ///< "dscp-video".
     int32_t m_dscp_ancillary = 40;  ///< "dscp-ancillary".
-    int32_t m_dscp_ptp = 46;  ///< "dscp-ptp".
+    int32_t m_dscp_ptp = 46;        ///< "dscp-ptp".
     /// Members of the last document read that the record does not know.
     Json::Value m_other_keys;
 };

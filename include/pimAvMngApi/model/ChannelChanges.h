@@ -18,7 +18,7 @@ public:
     ///@}
     virtual ~ChannelChanges() {}
 
-    double m_gain = 0.0;  ///< Gain of the channel ("channel-gain").
+    double m_gain = 0.0;        ///< Gain of the channel ("channel-gain").
     uint32_t m_position = 255;  ///< Channel position ("position"); 255 when the request has none.
-    bool m_mute = false;  ///< The channel is muted ("mute").
+    bool m_mute = false;        ///< The channel is muted ("mute").
 };

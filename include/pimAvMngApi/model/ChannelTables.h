@@ -33,12 +33,12 @@ class ChannelTables : public IJsonSerializable {
 public:
     /// One channel of an interface and the stream that uses it.
     struct Usage {
-        uint32_t m_channel = 0;  ///< "channel".
-        bool m_used = false;  ///< "used".
+        uint32_t m_channel = 0;     ///< "channel".
+        bool m_used = false;        ///< "used".
         uint64_t m_session_id = 0;  ///< "session-id".
-        uint64_t m_stream_id = 0;  ///< "stream-id".
-        std::string m_class;  ///< "class".
-        Json::Value m_other_keys;  ///< Members of the last object read that the record does not know.
+        uint64_t m_stream_id = 0;   ///< "stream-id".
+        std::string m_class;        ///< "class".
+        Json::Value m_other_keys;   ///< Members of the last object read that the record does not know.
 
         /// Writes the channel object, unknown members included.
         void Serialize(Json::Value& out) const;
@@ -48,11 +48,11 @@ public:
 
     /// The channels of one interface.
     struct Table {
-        DaifType m_interface;  ///< "interface".
+        DaifType m_interface;            ///< "interface".
         uint32_t m_interface_index = 0;  ///< "interface-index".
-        uint32_t m_num_channels = 0;  ///< "num-channels".
-        std::list<Usage> m_channels;  ///< "channels", in array order.
-        Json::Value m_other_keys;  ///< Members of the last object read that the record does not know.
+        uint32_t m_num_channels = 0;     ///< "num-channels".
+        std::list<Usage> m_channels;     ///< "channels", in array order.
+        Json::Value m_other_keys;        ///< Members of the last object read that the record does not know.
 
         /// Writes the interface object with its channels, unknown members included.
         void Serialize(Json::Value& out) const;

@@ -26,7 +26,7 @@ public:
     /// Descriptors are equal when type and text are.
     bool operator==(const DaifType& o) const { return m_type == o.m_type && m_string == o.m_string; }
     bool operator!=(const DaifType& o) const { return !(*this == o); }
-///@}
+    ///@}
 
     int32_t m_type = kDefaultType;  ///< "type".
     std::string m_string = "auto";  ///< "string".

@@ -26,12 +26,12 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    session_id_t m_session_id = 0;  ///< The receiving session's id ("session-id").
+    session_id_t m_session_id = 0;       ///< The receiving session's id ("session-id").
     DestinationApiSessionSel m_rem_sid;  ///< The remote stream received ("rem-sid").
-    ChannelList m_channels;  ///< Local channels fed by the stream ("channel-list").
-    std::string m_name;  ///< "name".
-    uint32_t m_link_offset = 0;  ///< Receive delay ("link-offset").
-    std::string m_user_sdp;  ///< SDP text given by the user ("user-sdp").
-    std::string m_source_ip;  ///< Source address as read ("source-ip"); not written.
-    int32_t m_network_index = -1;  ///< Network interface ("network-index", -1 for none); not written.
+    ChannelList m_channels;              ///< Local channels fed by the stream ("channel-list").
+    std::string m_name;                  ///< "name".
+    uint32_t m_link_offset = 0;          ///< Receive delay ("link-offset").
+    std::string m_user_sdp;              ///< SDP text given by the user ("user-sdp").
+    std::string m_source_ip;             ///< Source address as read ("source-ip"); not written.
+    int32_t m_network_index = -1;        ///< Network interface ("network-index", -1 for none); not written.
 };

@@ -22,9 +22,9 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint64_t m_id = 0;  ///< Advertised session id ("id").
-    uint8_t m_media_idx = 0;  ///< Index of the media section ("media-idx").
+    uint64_t m_id = 0;            ///< Advertised session id ("id").
+    uint8_t m_media_idx = 0;      ///< Index of the media section ("media-idx").
     uint8_t m_payload_type = 98;  ///< RTP payload type ("payload-type").
-    std::string m_nmos_sender;  ///< NMOS sender id ("nmos"/"sender").
+    std::string m_nmos_sender;    ///< NMOS sender id ("nmos"/"sender").
     std::string m_nmos_receiver;  ///< NMOS receiver id ("nmos"/"receiver").
 };

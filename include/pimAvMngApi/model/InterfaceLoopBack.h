@@ -17,5 +17,5 @@ public:
     void Deserialize(Json::Value& in) override;
 
     bool m_enable = false;  ///< Loop-back on ("enable").
-    DaifType m_interface;  ///< The interface ("interface").
+    DaifType m_interface;   ///< The interface ("interface").
 };

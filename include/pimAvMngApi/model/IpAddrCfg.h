@@ -20,9 +20,9 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    IpAddress m_local;  ///< The device's own address ("local").
+    IpAddress m_local;      ///< The device's own address ("local").
     IpAddress m_transport;  ///< Destination address of the stream ("transport").
-    IpAddress m_source;  ///< Source address of the stream ("source-ip").
-    uint8_t m_dscp = 34;  ///< "dscp".
-    uint8_t m_ttl = 64;  ///< "ttl".
+    IpAddress m_source;     ///< Source address of the stream ("source-ip").
+    uint8_t m_dscp = 34;    ///< "dscp".
+    uint8_t m_ttl = 64;     ///< "ttl".
 };

@@ -41,7 +41,7 @@ public:
     bool operator==(const IpAddress& other) const { return m_addr == other.m_addr; }
     bool operator!=(const IpAddress& other) const { return m_addr != other.m_addr; }
     bool operator<(const IpAddress& other) const { return m_addr < other.m_addr; }
-///@}
+    ///@}
 
 private:
     uint32_t m_addr = 0;

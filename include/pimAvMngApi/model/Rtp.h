@@ -20,5 +20,5 @@ public:
     void Deserialize(Json::Value& in) override;
 
     uint8_t m_payload_type = 98;  ///< "payload-type".
-    Ssrc m_ssrc;  ///< The synchronisation source ("sscr").
+    Ssrc m_ssrc;                  ///< The synchronisation source ("sscr").
 };

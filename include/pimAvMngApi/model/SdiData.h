@@ -21,8 +21,8 @@ public:
     void Deserialize(Json::Value& in) override;
 
     int32_t m_pattern_control = 0;  ///< Pattern control of the generator ("vpg"/"patctrl").
-    bool m_enable = false;  ///< The generator drives the port ("vpg"/"enable").
-    VideoFormat m_video_format;  ///< Format the generator produces ("vpg"/"video-format").
-    bool m_sync_enable = false;  ///< The generator follows the reference ("vpg"/"sync-enable").
-    uint8_t m_sdi_port = 0;  ///< "sdi-port".
+    bool m_enable = false;          ///< The generator drives the port ("vpg"/"enable").
+    VideoFormat m_video_format;     ///< Format the generator produces ("vpg"/"video-format").
+    bool m_sync_enable = false;     ///< The generator follows the reference ("vpg"/"sync-enable").
+    uint8_t m_sdi_port = 0;         ///< "sdi-port".
 };

@@ -32,7 +32,7 @@ public:
                m_audio_offset == o.m_audio_offset;
     }
 
-    uint8_t m_sdi_port = 0;  ///< "sdi-port".
+    uint8_t m_sdi_port = 0;       ///< "sdi-port".
     uint32_t m_video_offset = 0;  ///< "video-offset".
     uint32_t m_audio_offset = 0;  ///< "audio-offset".
 };

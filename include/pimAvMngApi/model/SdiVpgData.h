@@ -25,9 +25,9 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint8_t m_port = 0;  ///< "port".
-    bool m_enable = false;  ///< "enable".
-    std::string m_pattern;  ///< "pattern".
+    uint8_t m_port = 0;               ///< "port".
+    bool m_enable = false;            ///< "enable".
+    std::string m_pattern;            ///< "pattern".
     std::string m_video_mode = "NA";  ///< "video_mode".
-    Json::Value m_other_keys;  ///< Members of the last document read that the record does not know.
+    Json::Value m_other_keys;         ///< Members of the last document read that the record does not know.
 };

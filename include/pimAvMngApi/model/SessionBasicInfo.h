@@ -41,12 +41,12 @@ public:
     /// Deletes every stream record and empties the list.
     void clearStreams();
 
-    session_id_t m_id = 0;  ///< "id".
-    uint64_t m_version = 0;  ///< "version".
-    std::string m_name;  ///< "name".
+    session_id_t m_id = 0;             ///< "id".
+    uint64_t m_version = 0;            ///< "version".
+    std::string m_name;                ///< "name".
     std::list<StreamData*> m_streams;  ///< The streams of the session ("session-list"), owned by the record.
-    std::string m_rtsp_url;  ///< "rtsp-url".
-    uint64_t m_remote_sid = 0;  ///< "remote-sid".
-    std::string m_ptp_gmid;  ///< PTP grandmaster id ("ptp-gmid").
-    uint32_t m_ptp_domain = 0;  ///< "ptp-domain".
+    std::string m_rtsp_url;            ///< "rtsp-url".
+    uint64_t m_remote_sid = 0;         ///< "remote-sid".
+    std::string m_ptp_gmid;            ///< PTP grandmaster id ("ptp-gmid").
+    uint32_t m_ptp_domain = 0;         ///< "ptp-domain".
 };

@@ -28,15 +28,15 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint64_t m_id = 0;  ///< "id".
-    uint64_t m_version = 0;  ///< "version".
-    std::string m_name;  ///< "name".
-    std::string m_nmos_id;  ///< "nmos-id".
-    std::string m_ptp_gmid;  ///< PTP grandmaster id ("ptp"/"gmid").
-    uint8_t m_ptp_domain = 0;  ///< PTP domain ("ptp"/"domain").
-    SessionConnectionInfo m_connection;  ///< Who created the session ("connection").
-    std::string m_sdp;  ///< The session's SDP text ("sdp").
+    uint64_t m_id = 0;                           ///< "id".
+    uint64_t m_version = 0;                      ///< "version".
+    std::string m_name;                          ///< "name".
+    std::string m_nmos_id;                       ///< "nmos-id".
+    std::string m_ptp_gmid;                      ///< PTP grandmaster id ("ptp"/"gmid").
+    uint8_t m_ptp_domain = 0;                    ///< PTP domain ("ptp"/"domain").
+    SessionConnectionInfo m_connection;          ///< Who created the session ("connection").
+    std::string m_sdp;                           ///< The session's SDP text ("sdp").
     std::list<AudioStreamData> m_audio_streams;  ///< "audio-streams".
     std::list<VideoStreamData> m_video_streams;  ///< "video-streams".
-    SessionType m_type;  ///< "type".
+    SessionType m_type;                          ///< "type".
 };

@@ -27,6 +27,6 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    std::string m_remote;  ///< "remote"; empty when not known.
+    std::string m_remote;        ///< "remote"; empty when not known.
     int32_t m_origin = JSONAPI;  ///< Origin code ("origin").
 };

@@ -20,7 +20,7 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint64_t m_id = 0;  ///< The session id ("id").
-    std::list<Alarm> m_alarms;  ///< Alarms of the session ("alarms").
+    uint64_t m_id = 0;                  ///< The session id ("id").
+    std::list<Alarm> m_alarms;          ///< Alarms of the session ("alarms").
     std::list<StreamStatus> m_streams;  ///< Alarms of its streams ("streams").
 };

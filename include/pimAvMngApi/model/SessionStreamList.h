@@ -36,12 +36,12 @@ class SessionStreamList : public IJsonSerializable {
 public:
     /// One stream of a session.
     struct Stream {
-        uint64_t m_id = 0;  ///< "id".
-        std::string m_name;  ///< "name".
-        std::string m_type;  ///< "type".
-        std::string m_class;  ///< "class".
-        std::string m_state;  ///< "state".
-        ChannelList m_channels;  ///< "channel-list".
+        uint64_t m_id = 0;         ///< "id".
+        std::string m_name;        ///< "name".
+        std::string m_type;        ///< "type".
+        std::string m_class;       ///< "class".
+        std::string m_state;       ///< "state".
+        ChannelList m_channels;    ///< "channel-list".
         Json::Value m_other_keys;  ///< Members of the last object read that the record does not know.
 
         /// Writes the stream object, unknown members included.
@@ -52,12 +52,12 @@ public:
 
     /// One session with its streams.
     struct Session {
-        uint64_t m_id = 0;  ///< "id".
-        std::string m_name;  ///< "name".
-        uint64_t m_version = 0;  ///< "version".
-        bool m_paused = false;  ///< "paused".
+        uint64_t m_id = 0;            ///< "id".
+        std::string m_name;           ///< "name".
+        uint64_t m_version = 0;       ///< "version".
+        bool m_paused = false;        ///< "paused".
         std::list<Stream> m_streams;  ///< "streams", in array order.
-        Json::Value m_other_keys;  ///< Members of the last object read that the record does not know.
+        Json::Value m_other_keys;     ///< Members of the last object read that the record does not know.
 
         /// Writes the session object with its streams, unknown members included.
         void Serialize(Json::Value& out) const;

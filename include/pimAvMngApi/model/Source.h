@@ -46,18 +46,18 @@ public:
     /// "primary", "secondary", or "none" for any other code.
     std::string getRedundantType() const { return m_redundant_type.toString(); }
 
-    std::string m_name;  ///< "name".
-    IpAddress m_transport;  ///< Destination address of the stream ("transport").
-    IpAddress m_source_ip;  ///< Source address of the stream ("source-ip").
-    int32_t m_udp_port = -1;  ///< Destination UDP port ("udp"); -1 when not chosen.
-    int32_t m_dscp = -1;  ///< "dscp"; -1 when not chosen.
-    uint8_t m_ttl = 64;  ///< "ttl".
-    uint8_t m_payload_type = 98;  ///< RTP payload type ("payload-type").
-    uint32_t m_link_offset = 0;  ///< "link-offset".
-    int32_t m_media_clk_offset = 0;  ///< "media-clk-offset".
-    int32_t m_network_index = -1;  ///< Network interface ("network-index"); -1 when not chosen.
-    ChannelList m_channels;  ///< Local channels sent ("channel-list").
-    uint64_t m_id = 0;  ///< Stream id ("id").
-    RedundantType m_redundant_type;  ///< Role in a redundant pair ("redundant-type").
+    std::string m_name;                 ///< "name".
+    IpAddress m_transport;              ///< Destination address of the stream ("transport").
+    IpAddress m_source_ip;              ///< Source address of the stream ("source-ip").
+    int32_t m_udp_port = -1;            ///< Destination UDP port ("udp"); -1 when not chosen.
+    int32_t m_dscp = -1;                ///< "dscp"; -1 when not chosen.
+    uint8_t m_ttl = 64;                 ///< "ttl".
+    uint8_t m_payload_type = 98;        ///< RTP payload type ("payload-type").
+    uint32_t m_link_offset = 0;         ///< "link-offset".
+    int32_t m_media_clk_offset = 0;     ///< "media-clk-offset".
+    int32_t m_network_index = -1;       ///< Network interface ("network-index"); -1 when not chosen.
+    ChannelList m_channels;             ///< Local channels sent ("channel-list").
+    uint64_t m_id = 0;                  ///< Stream id ("id").
+    RedundantType m_redundant_type;     ///< Role in a redundant pair ("redundant-type").
     Ssrc m_ssrc{Ssrc::UNSPECIFIED, 0};  ///< How the SSRC is chosen ("ssrc").
 };

@@ -32,9 +32,9 @@ public:
     /// Session id 0, empty name, all three lists emptied. Logs nothing.
     void clear();
 
-    session_id_t m_session_id = 0;  ///< "session-id".
-    std::string m_name;  ///< "name".
-    std::list<Source> m_ancillary_sources;  ///< "ancillary-sources".
+    session_id_t m_session_id = 0;           ///< "session-id".
+    std::string m_name;                      ///< "name".
+    std::list<Source> m_ancillary_sources;   ///< "ancillary-sources".
     std::list<AudioSource> m_audio_sources;  ///< "audio-sources".
     std::list<VideoSource> m_video_sources;  ///< "video-sources".
 };

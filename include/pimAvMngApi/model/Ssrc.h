@@ -37,5 +37,5 @@ public:
     bool operator==(const Ssrc& o) const { return m_type == o.m_type && m_value == o.m_value; }
 
     int32_t m_type = UNSPECIFIED;  ///< The selection code ("type").
-    uint32_t m_value = 0;  ///< The identifier ("value").
+    uint32_t m_value = 0;          ///< The identifier ("value").
 };

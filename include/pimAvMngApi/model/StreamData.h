@@ -60,27 +60,27 @@ public:
     /// The in-place parse of "dst-mac-addr" described above.
     static void parseMac(const std::string& text, MacAddress& mac);
 
-    uint32_t m_hw_id = 0xFFFFFFFFu;  ///< Hardware resource of the stream ("hw-id").
-    Vlan m_vlan;  ///< "vlan".
-    UdpPort m_udp{5004, 5004};  ///< "udp".
-    IpAddrCfg m_ipv4;  ///< "ipv4".
-    Rtp m_rtp;  ///< "rtp".
+    uint32_t m_hw_id = 0xFFFFFFFFu;            ///< Hardware resource of the stream ("hw-id").
+    Vlan m_vlan;                               ///< "vlan".
+    UdpPort m_udp{5004, 5004};                 ///< "udp".
+    IpAddrCfg m_ipv4;                          ///< "ipv4".
+    Rtp m_rtp;                                 ///< "rtp".
     StreamClass m_class{StreamClass::SENDER};  ///< "class".
-    std::string m_name;  ///< "name".
-    State m_state{State::DISABLED};  ///< "state".
-    ChannelList m_channels;  ///< "channel-list".
-    StreamType m_type{StreamType::AUDIO};  ///< "type".
-    int32_t m_media_clk_offset = 0;  ///< "media-clk-offset".
-    int32_t m_network_interface_index = -1;  ///< "network-interface-index".
-    uint64_t m_l1_bandwidth = 0;  ///< Bandwidth on the wire ("l1-bandwidth").
+    std::string m_name;                        ///< "name".
+    State m_state{State::DISABLED};            ///< "state".
+    ChannelList m_channels;                    ///< "channel-list".
+    StreamType m_type{StreamType::AUDIO};      ///< "type".
+    int32_t m_media_clk_offset = 0;            ///< "media-clk-offset".
+    int32_t m_network_interface_index = -1;    ///< "network-interface-index".
+    uint64_t m_l1_bandwidth = 0;               ///< Bandwidth on the wire ("l1-bandwidth").
     /// Samples per packet ("samples").
     PacketTimeOptions::samplesPerPkt_e m_samples = PacketTimeOptions::SAMPLES_PER_PKT_UNSUPPORTED;
     /// Bytes of RTP payload per packet ("payload-size", audio and video streams).
     uint32_t m_payload_size = 0;
-    bool m_unicast = false;  ///< Sent to one receiver rather than a group ("unicast").
-    MacAddress m_dst_mac{};  ///< Destination MAC address ("dst-mac-addr").
-    MacAddress m_src_mac{};  ///< Source MAC address; logged, not in the JSON form.
-    uint64_t m_id = 0;  ///< Stream id ("id").
+    bool m_unicast = false;          ///< Sent to one receiver rather than a group ("unicast").
+    MacAddress m_dst_mac{};          ///< Destination MAC address ("dst-mac-addr").
+    MacAddress m_src_mac{};          ///< Source MAC address; logged, not in the JSON form.
+    uint64_t m_id = 0;               ///< Stream id ("id").
     RedundantType m_redundant_type;  ///< "redundant-type".
 
 protected:

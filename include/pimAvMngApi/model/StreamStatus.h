@@ -19,6 +19,6 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint64_t m_id = 0;  ///< The stream id ("id").
+    uint64_t m_id = 0;          ///< The stream id ("id").
     std::list<Alarm> m_alarms;  ///< The stream's alarms ("alarms").
 };

@@ -17,8 +17,8 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint64_t m_session_id = 0;  ///< "session-id".
-    uint32_t m_stream_id = 0;  ///< "stream-id".
+    uint64_t m_session_id = 0;      ///< "session-id".
+    uint32_t m_stream_id = 0;       ///< "stream-id".
     bool m_error_detected = false;  ///< Errors were seen on the stream ("error-detected").
-    bool m_data_detected = false;  ///< Packets arrive ("data-detected").
+    bool m_data_detected = false;   ///< Packets arrive ("data-detected").
 };

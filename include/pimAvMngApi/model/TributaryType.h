@@ -47,5 +47,5 @@ public:
     bool operator==(const TributaryType& o) const { return m_type == o.m_type && m_index == o.m_index; }
 
     int32_t m_type = NONE;  ///< The role code ("type").
-    int32_t m_index = -1;  ///< The position ("index").
+    int32_t m_index = -1;   ///< The position ("index").
 };

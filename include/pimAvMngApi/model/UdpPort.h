@@ -18,6 +18,6 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint16_t m_source = 0;  ///< "source".
+    uint16_t m_source = 0;       ///< "source".
     uint16_t m_destination = 0;  ///< "destination".
 };

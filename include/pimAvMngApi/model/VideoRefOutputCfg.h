@@ -28,9 +28,9 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    bool m_enable = true;  ///< "enable".
+    bool m_enable = true;          ///< "enable".
     std::string m_source = "ptp";  ///< "source".
-    std::string m_format;  ///< "format".
-    int32_t m_offset = 0;  ///< "offset".
-    Json::Value m_other_keys;  ///< Members of the last document read that the record does not know.
+    std::string m_format;          ///< "format".
+    int32_t m_offset = 0;          ///< "offset".
+    Json::Value m_other_keys;      ///< Members of the last document read that the record does not know.
 };

@@ -33,8 +33,8 @@ public:
     /// changes nothing.
     int setTributaryType(const std::string& word) { return m_tributary.fromString(word); }
 
-    VideoFormat m_video_format;  ///< The video format ("video").
+    VideoFormat m_video_format;      ///< The video format ("video").
     VideoTimingParameters m_timing;  ///< Buffer pacing ("video" timing keys).
-    bool m_sof_sync_enable = true;  ///< Start-of-frame synchronisation ("video"/"sof-sync-enable").
-    TributaryType m_tributary;  ///< "tributary".
+    bool m_sof_sync_enable = true;   ///< Start-of-frame synchronisation ("video"/"sof-sync-enable").
+    TributaryType m_tributary;       ///< "tributary".
 };

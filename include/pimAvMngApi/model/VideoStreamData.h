@@ -29,9 +29,9 @@ public:
     /// Bytes of one packet: payload plus 66 header bytes, 70 with a VLAN tag.
     uint32_t getPacketSize() const { return packetSize(66); }
 
-    VideoFormat m_video_format;  ///< "video".
-    bool m_sync_enable = true;  ///< "sync-enable".
+    VideoFormat m_video_format;      ///< "video".
+    bool m_sync_enable = true;       ///< "sync-enable".
     uint32_t m_sof_link_offset = 0;  ///< Start-of-frame link offset in nanoseconds ("sof-link-offset").
     VideoTimingParameters m_timing;  ///< Buffer pacing; not in this JSON form.
-    TributaryType m_tributary;  ///< "tributary".
+    TributaryType m_tributary;       ///< "tributary".
 };

@@ -37,9 +37,9 @@ public:
                m_rtp_pkts_per_frame == o.m_rtp_pkts_per_frame;
     }
 
-    int32_t m_timing_mode = UNSET;  ///< "timing-mode".
-    int32_t m_init_buf_delay = -1;  ///< "initBufDelay"; -1 when not set.
+    int32_t m_timing_mode = UNSET;        ///< "timing-mode".
+    int32_t m_init_buf_delay = -1;        ///< "initBufDelay"; -1 when not set.
     int32_t m_min_wr_rd_ptr_thresh = -1;  ///< "minWrRdPtrThresh"; -1 when not set.
     int32_t m_max_wr_rd_ptr_thresh = -1;  ///< "maxWrRdPtrThresh"; -1 when not set.
-    int32_t m_rtp_pkts_per_frame = -1;  ///< "rtpPktsPerFrame"; -1 when not set.
+    int32_t m_rtp_pkts_per_frame = -1;    ///< "rtpPktsPerFrame"; -1 when not set.
 };

@@ -22,7 +22,7 @@ public:
     /// True when the stream carries a tag (id not 0).
     bool isTagged() const { return m_id != 0; }
 
-    uint16_t m_id = 0;  ///< VLAN id ("id"); 0 for untagged.
-    uint8_t m_priority = 0;  ///< "priority".
+    uint16_t m_id = 0;               ///< VLAN id ("id"); 0 for untagged.
+    uint8_t m_priority = 0;          ///< "priority".
     uint16_t m_tpid = kDefaultTpid;  ///< "tpid".
 };

@@ -26,7 +26,7 @@ public:
     static constexpr unsigned int kSetListenerGain = 53;
     static constexpr unsigned int kGetSourceGain = 54;
     static constexpr unsigned int kGetListenerGain = 55;
-///@}
+    ///@}
 
     /// A request; `noSessionId` for listener requests, which name no session.
     explicit VolumeGainApi(bool noSessionId = false) : m_no_session_id(noSessionId) {}
@@ -51,6 +51,6 @@ public:
     static int Validate(Json::Value& request, unsigned int command);
 
     std::vector<ChannelChanges> m_changes;  ///< The channel changes ("channel-list"), in array order.
-    uint64_t m_session_id = 0;  ///< "session-id"; 0 for none.
-    bool m_no_session_id = false;  ///< Deserialize does not read "session-id".
+    uint64_t m_session_id = 0;              ///< "session-id"; 0 for none.
+    bool m_no_session_id = false;           ///< Deserialize does not read "session-id".
 };

@@ -34,9 +34,9 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    bool m_locked = false;  ///< "locked".
-    uint8_t m_domain = 127;  ///< "domain".
+    bool m_locked = false;                          ///< "locked".
+    uint8_t m_domain = 127;                         ///< "domain".
     uint32_t m_master_locking_status = NOT_IN_USE;  ///< "master-locking-status".
-    int32_t m_current_local_offset = 0;  ///< "current-local-offset".
+    int32_t m_current_local_offset = 0;             ///< "current-local-offset".
     Json::Value m_other_keys;  ///< Members of the last document read that the record does not know.
 };

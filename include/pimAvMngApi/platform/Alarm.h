@@ -19,6 +19,7 @@
 class Alarm : public IJsonSerializable {
 public:
     Alarm() = default;
+    /// An alarm with every member given.
     Alarm(uint32_t code, const AlarmSeverity& severity, std::string text, uint64_t time)
         : m_code(code), m_severity(severity), m_text(std::move(text)), m_time(time) {}
     ~Alarm() override = default;
@@ -26,12 +27,13 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
+    /// Alarms are equal when every member is.
     bool operator==(const Alarm& o) const {
         return m_code == o.m_code && m_severity == o.m_severity && m_text == o.m_text && m_time == o.m_time;
     }
 
-    uint32_t m_code = 0;
-    AlarmSeverity m_severity;
-    std::string m_text;
-    uint64_t m_time = 0;
+    uint32_t m_code = 0;       ///< "code".
+    AlarmSeverity m_severity;  ///< "severity".
+    std::string m_text;        ///< "text".
+    uint64_t m_time = 0;       ///< "time".
 };

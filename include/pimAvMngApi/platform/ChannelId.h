@@ -19,6 +19,7 @@
 class ChannelId : public IJsonSerializable {
 public:
     ChannelId() = default;
+    /// Channel `channel` of interface number `interfaceIndex` of kind `interface`.
     ChannelId(const DaifType& interface, uint32_t interfaceIndex, uint32_t channel)
         : m_interface(interface), m_interface_index(interfaceIndex), m_channel(channel) {}
     ~ChannelId() override = default;
@@ -29,13 +30,16 @@ public:
     /// "<string>(<type>)/<interface-index>:<channel>", for example "auto(12)/0:5".
     std::string toString() const;
 
+    ///@{
+    /// Selections are equal when interface, interface index and channel are.
     bool operator==(const ChannelId& o) const {
         return m_interface == o.m_interface && m_interface_index == o.m_interface_index &&
                m_channel == o.m_channel;
     }
     bool operator!=(const ChannelId& o) const { return !(*this == o); }
+    ///@}
 
-    DaifType m_interface;
-    uint32_t m_interface_index = 0;
-    uint32_t m_channel = 0;
+    DaifType m_interface;            ///< "interface".
+    uint32_t m_interface_index = 0;  ///< "interface-index".
+    uint32_t m_channel = 0;          ///< "channel".
 };

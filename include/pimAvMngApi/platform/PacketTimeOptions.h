@@ -8,6 +8,7 @@
 /// 1 ms (48), 2 ms (96), 4 ms (192); 384 is 4 ms at 96 kHz.
 class PacketTimeOptions {
 public:
+    /// The supported counts; each value is the count.
     enum samplesPerPkt_e {
         SAMPLES_PER_PKT_UNSUPPORTED = 0,
         SAMPLES_PER_PKT_6 = 6,

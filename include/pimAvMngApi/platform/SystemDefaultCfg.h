@@ -25,10 +25,12 @@
 /// the defaults.
 class SystemDefaultCfg {
 public:
+    /// The process-wide defaults.
     static SystemDefaultCfg* getInstance();
 
     /// A copy of the board's record.
     BoardModel getBoardModel() const { return m_board; }
+    /// Replaces the board's record.
     void setBoardModel(const BoardModel& board) { m_board = board; }
 
     /// Writes the configuration directory, ending with "/", into *path. Returns 0, or
@@ -54,6 +56,7 @@ public:
     SystemDefaultCfg(const SystemDefaultCfg&) = delete;
     SystemDefaultCfg& operator=(const SystemDefaultCfg&) = delete;
 
+    /// The configuration directory until setCfgFilePath is called.
     static constexpr const char* kDefaultCfgFilePath = "/etc/aes67/";
 
 private:

@@ -66,6 +66,7 @@
 /// record unchanged: reading never throws.
 class VideoFormat : public IJsonSerializable {
 public:
+    /// The video formats, by code.
     enum video_format_t : int32_t {
         VIDEO_FORMAT_UNDEFINED = 0,
         VIDEO_FORMAT_720P50 = 1,
@@ -123,20 +124,27 @@ public:
     /// Replaces every detail with those of the code. 0 on success; an unknown code
     /// returns -8 and changes nothing. VIDEO_FORMAT_UNDEFINED clears the record.
     int setVideoFormat(video_format_t format);
+    /// The format code; VIDEO_FORMAT_UNDEFINED when the details name none.
     video_format_t getVideoFormat() const { return m_format; }
+    /// True when a format is settled.
     bool isDefined() const { return m_format != VIDEO_FORMAT_UNDEFINED; }
 
+    ///@{
     /// Detail setters. Each stores its value and re-settles the code (undefined unless
     /// the details now name a format exactly). They return 0.
     int setVideoWidth(unsigned int width);
     int setVideoHeight(unsigned int height);
     int setVideoInterlace(bool interlaced);
+    ///@}
     /// Frames per second, truncated: 23 (23.98), 24, 25, 29 (29.97), 30, 50, 59 (59.94),
     /// 60. Any other value (0 included) clears the rate and returns -8.
     int setVideoFrameRate(int framesPerSecond);
 
+    /// The raster width in pixels.
     unsigned int getVideoWidth() const { return m_width; }
+    /// The raster height in lines.
     unsigned int getVideoHeight() const { return m_height; }
+    /// True for interlaced scan.
     bool getVideoInterlace() const { return m_interlaced; }
     /// The frame rate as setVideoFrameRate takes it (59 for 59.94), 0 when none is set.
     int getVideoFrameRate() const;
@@ -161,11 +169,14 @@ public:
     /// text unchanged when no format is settled.
     int getExactFramerateString(std::string& text) const;
 
+    ///@{
+    /// Formats are equal when code and every detail are.
     bool operator==(const VideoFormat& o) const {
         return m_format == o.m_format && m_width == o.m_width && m_height == o.m_height &&
                m_interlaced == o.m_interlaced && m_frame_rate == o.m_frame_rate;
     }
     bool operator!=(const VideoFormat& o) const { return !(*this == o); }
+    ///@}
 
 private:
     void settle();

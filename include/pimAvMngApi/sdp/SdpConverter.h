@@ -29,6 +29,7 @@ public:
     /// 0 (session and text replaced), -1 (a check failed), -7 (unsupported group,
     /// non-integer MULTI media identification, or an exception while parsing).
     int parseSdp(const std::string& text);
+    /// The parse itself, without the exception guard: exceptions propagate.
     int parseSdpInternal(const std::string& text);
     /// Applies the session-level rules ("v=", "o=", "s=", "t=") to `lines`; lines that
     /// no rule takes are appended to `ignored`. -4 for a null pointer.
@@ -54,11 +55,13 @@ public:
     /// 0 when the media description is usable, -7 when not.
     int checkMinimumCfgMedia(SdpMedia& media);
 
+    ///@{
     /// Lenient conversions with strtoul / strtoull semantics (base 0: "0x" hexadecimal,
     /// leading "0" octal, conversion stops at the first foreign character). Empty,
     /// non-numeric and out-of-range texts give 0 and a level-2 message.
     static unsigned int parseUnsigned(const std::string& text);
     static unsigned long long parseUnsigned64(const std::string& text);
+///@}
 
     // ---- access and generation ----
 
@@ -68,10 +71,15 @@ public:
     int getSdpConfig(SdpSession& out) const;
     /// Stores `session` and generates its text.
     int setSdpConfig(SdpSession& session);
+    /// Stores a copy of *session and generates its text; -4 for null.
     int generateSdp(SdpSession* session);
+    /// Generates the text of the stored session and stores it; the first negative result of a media description, else 0.
     int generateSdpString();
+    /// Appends the session lines ("v=", "o=", "s=", "t=", and "a=group:DUP" with two or more media descriptions). Returns 0.
     int generateSdpHeader(std::string& out);
+    /// Appends the lines of one media description; `isDup` adds its media identification for the DUP group.
     int generateSessionMedia(std::string& out, SdpMedia& media, bool isDup);
+    /// Appends the "a=rtpmap:" line of `map`. Returns 0.
     int generateSessionMediaRtpMap(std::string& out, SdpMediaRtpMap& map);
     /// Replaces `out` with the Dante-compatible text (CRLF line ends) of the first media
     /// description and its first RTP map; -1 and `out` empty when there is none.

@@ -9,6 +9,7 @@
 /// order written; media sections are matched to them by position.
 class SdpGroup {
 public:
+    /// The grouping semantics, by code.
     enum Type : int {
         GROUP_NONE = 0,
         GROUP_DUP = 1,
@@ -18,6 +19,6 @@ public:
 
     SdpGroup() = default;
 
-    Type m_type = GROUP_NONE;
-    std::vector<std::string> m_items;
+    Type m_type = GROUP_NONE;          ///< The grouping semantics of the text.
+    std::vector<std::string> m_items;  ///< The media identifications in the order written.
 };

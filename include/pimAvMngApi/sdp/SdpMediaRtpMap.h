@@ -22,8 +22,8 @@ public:
     /// Writes the map to the log at level 6, one line per field.
     void dump() const;
 
-    uint8_t m_payload_type = 0;
-    Codec m_codec;
-    uint16_t m_number_channels = 1;
-    uint32_t m_channel_freq = 0;
+    uint8_t m_payload_type = 0;      ///< "payload-type".
+    Codec m_codec;                   ///< "codec".
+    uint16_t m_number_channels = 1;  ///< "number-channels".
+    uint32_t m_channel_freq = 0;     ///< Clock rate ("channel-freq").
 };

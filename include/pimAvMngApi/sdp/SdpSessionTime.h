@@ -15,6 +15,6 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint32_t m_start = 0;
-    uint32_t m_stop = 0;
+    uint32_t m_start = 0;  ///< "start".
+    uint32_t m_stop = 0;   ///< "stop".
 };
