@@ -73,11 +73,14 @@ public:
     int setSdpConfig(SdpSession& session);
     /// Stores a copy of *session and generates its text; -4 for null.
     int generateSdp(SdpSession* session);
-    /// Generates the text of the stored session and stores it; the first negative result of a media description, else 0.
+    /// Generates the text of the stored session and stores it; the first negative result
+    /// of a media description, else 0.
     int generateSdpString();
-    /// Appends the session lines ("v=", "o=", "s=", "t=", and "a=group:DUP" with two or more media descriptions). Returns 0.
+    /// Appends the session lines ("v=", "o=", "s=", "t=", and "a=group:DUP" with two or
+    /// more media descriptions). Returns 0.
     int generateSdpHeader(std::string& out);
-    /// Appends the lines of one media description; `isDup` adds its media identification for the DUP group.
+    /// Appends the lines of one media description; `isDup` adds its media identification
+    /// for the DUP group.
     int generateSessionMedia(std::string& out, SdpMedia& media, bool isDup);
     /// Appends the "a=rtpmap:" line of `map`. Returns 0.
     int generateSessionMediaRtpMap(std::string& out, SdpMediaRtpMap& map);
