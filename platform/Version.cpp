@@ -2,6 +2,8 @@
 
 namespace pimAvMngApi {
 
-const char* versionString() { return PIMAV_VERSION_STRING; }
+const char* versionString() {
+    return PIMAV_VERSION_STRING;
+}
 
 }  // namespace pimAvMngApi

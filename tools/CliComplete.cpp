@@ -4,7 +4,9 @@ namespace pimav::detail {
 
 namespace {
 
-bool startsWith(const std::string& text, const std::string& prefix) { return text.compare(0, prefix.size(), prefix) == 0; }
+bool startsWith(const std::string& text, const std::string& prefix) {
+    return text.compare(0, prefix.size(), prefix) == 0;
+}
 
 // The option `word` names in `app` ("--port", "--port=5", "-v"), or null.
 const CLI::Option* findOption(const CLI::App& app, const std::string& word) {
@@ -42,7 +44,8 @@ bool completeCommandLine(const CLI::App& app, int argc, const char* const* argv,
             valueExpected = false;
         } else if (startsWith(word, "-")) {
             const CLI::Option* option = findOption(*scope, word);
-            valueExpected = option != nullptr && option->get_type_size_min() > 0 && word.find('=') == std::string::npos;
+            valueExpected =
+                option != nullptr && option->get_type_size_min() > 0 && word.find('=') == std::string::npos;
         } else if (const CLI::App* sub = findSubcommand(*scope, word)) {
             scope = sub;
         }

@@ -12,5 +12,6 @@ int main() {
     IJsonSerializable::convertJsonToString(request, text);
     std::cout << "consumer: headers " << PIMAV_VERSION_STRING << ", library " << pimAvMngApi::versionString()
               << ", request " << text << std::endl;
-    return std::strcmp(PIMAV_VERSION_STRING, pimAvMngApi::versionString()) == 0 && text == "{\"id\":7}" ? 0 : 1;
+    return std::strcmp(PIMAV_VERSION_STRING, pimAvMngApi::versionString()) == 0 && text == "{\"id\":7}" ? 0
+                                                                                                        : 1;
 }
