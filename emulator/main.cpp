@@ -12,6 +12,7 @@
 #include "Emulator.h"
 #include "common/RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "pimAvMngApi/version.h"
 
 using namespace pimav::detail;
 
@@ -35,7 +36,9 @@ std::string defaultConfigDir() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"avmng-emulator: answers the AV manager commands of libpimAvMngApi over ZeroMQ"};
+    CLI::App app{"avmng-emulator: answers the AV manager commands of libpimAvMngApi over ZeroMQ",
+                 "avmng-emulator"};
+    app.set_version_flag("--version", "avmng-emulator " + std::string(pimAvMngApi::versionString()));
     std::string bind = "tcp://127.0.0.1:5559";
     EmulatorOptions options;
     options.configDir = defaultConfigDir();

@@ -5,10 +5,24 @@
 // device's own daemon, or avmng-emulator on a development machine).
 
 #include <cstdlib>
+#include <iostream>
 #include <map>
 #include <string>
 
+#include "pimAvMngApi/version.h"
+
 struct ExampleArgs {
+    // True when the one argument is --version: prints the program's name and the version of
+    // the library it runs with, as every installed program does.
+    static bool printVersion(int argc, char** argv) {
+        if (argc != 2 || std::string(argv[1]) != "--version") {
+            return false;
+        }
+        const std::string path = argv[0];
+        std::cout << path.substr(path.find_last_of('/') + 1) << " " << pimAvMngApi::versionString() << "\n";
+        return true;
+    }
+
     std::string host = "127.0.0.1";
     unsigned port = 5559;
     // Every other "--key value" pair, for the program's own options.

@@ -36,6 +36,9 @@ int fail(AvMngApi& api, const char* what, int code) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (ExampleArgs::printVersion(argc, argv)) {
+        return 0;
+    }
     ExampleArgs args;
     if (!args.parse(argc, argv)) {
         return usage(argv[0]);

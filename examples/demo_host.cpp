@@ -53,6 +53,9 @@ ChannelList channels(unsigned count) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (ExampleArgs::printVersion(argc, argv)) {
+        return 0;
+    }
     ExampleArgs args;
     if (!args.parse(argc, argv)) {
         std::cerr << "usage: " << argv[0] << " [--host H] [--port P]\n";

@@ -1,9 +1,13 @@
 // Smallest host program: renders a request document the way the client traces it.
 #include <iostream>
 
+#include "ExampleArgs.h"
 #include "pimAvMngApi/pimAvMngApi.h"
 
-int main() {
+int main(int argc, char** argv) {
+    if (ExampleArgs::printVersion(argc, argv)) {
+        return 0;
+    }
     Json::Value request;
     request["id"] = 7;
     request["pause"] = true;

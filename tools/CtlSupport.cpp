@@ -124,6 +124,17 @@ int commandIdOf(const std::string& text) {
     return -1;
 }
 
+std::vector<std::string> commandWords() {
+    std::vector<std::string> words;
+    for (const CommandRow& row : kCommandRows) {
+        words.push_back(std::to_string(row.id));
+        if (row.shape != CommandShape::NONE) {
+            words.emplace_back(row.method);
+        }
+    }
+    return words;
+}
+
 void printCommands(std::ostream& out) {
     for (const CommandRow& row : kCommandRows) {
         std::string description;

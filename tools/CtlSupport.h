@@ -8,6 +8,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "common/AtomicFile.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
@@ -45,6 +46,8 @@ public:
 // Command id of a decimal number, a method name (getSessionSdp) or an enum name
 // (AES67_GET_SESSION_SDP); -1 when unknown.
 int commandIdOf(const std::string& text);
+// The words commandIdOf accepts: every id, and the method name of each command that has one.
+std::vector<std::string> commandWords();
 void printCommands(std::ostream& out);
 
 std::string renderJson(const Json::Value& value, bool pretty);

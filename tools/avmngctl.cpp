@@ -21,9 +21,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include "CliComplete.h"
 #include "CtlSupport.h"
 #include "common/AtomicFile.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "pimAvMngApi/version.h"
 #include "platform/CurveKeys.h"
 
 using namespace pimav::detail;
@@ -88,7 +90,9 @@ Failure failureOf(CtlJsonApi& api, int code) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"avmngctl: sends AV manager commands to the daemon and prints the replies"};
+    CLI::App app{"avmngctl: sends AV manager commands to the daemon and prints the replies", "avmngctl"};
+    app.set_version_flag("--version", "avmngctl " + std::string(pimAvMngApi::versionString()));
+    app.set_help_all_flag("--help-all", "Print the help of every subcommand and exit");
     app.require_subcommand(1);
     std::string host = "127.0.0.1";
     unsigned port = 5559;
@@ -147,6 +151,11 @@ int main(int argc, char** argv) {
         ->required();
     app.add_subcommand("alarms", "show session and global alarms");
 
+    if (completeCommandLine(app, argc, argv, std::cout, [](const std::string& subcommand) {
+            return subcommand == "send" ? commandWords() : std::vector<std::string>{};
+        })) {
+        return 0;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

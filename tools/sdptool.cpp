@@ -20,6 +20,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "CliComplete.h"
 #include "common/AtomicFile.h"
 #include "common/ModuleOption.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
@@ -29,6 +30,7 @@
 #include "SdpGen.h"
 #include "SdpLint.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
+#include "pimAvMngApi/version.h"
 #include "SdptoolSap.h"
 #include "SdptoolSupport.h"
 
@@ -71,7 +73,9 @@ int parseFile(const std::string& path, SdpConverter& converter, bool quietOk, bo
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"sdptool: checks, shows and generates SDP session descriptions"};
+    CLI::App app{"sdptool: checks, shows and generates SDP session descriptions", "sdptool"};
+    app.set_version_flag("--version", "sdptool " + std::string(pimAvMngApi::versionString()));
+    app.set_help_all_flag("--help-all", "Print the help of every subcommand and exit");
     app.require_subcommand(1);
     std::string board;
     std::string module;
@@ -107,6 +111,9 @@ int main(int argc, char** argv) {
     SapSubcommands sap;
     addSapSubcommands(app, sap);
 
+    if (pimav::detail::completeCommandLine(app, argc, argv, std::cout)) {
+        return 0;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

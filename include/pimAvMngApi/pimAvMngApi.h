@@ -3,6 +3,9 @@
 // Umbrella header: every public header of libpimAvMngApi.
 // Keep one section per folder, sorted, one line per header.
 
+// version (generated from the project version)
+#include "pimAvMngApi/version.h"
+
 // platform
 #include "pimAvMngApi/platform/Alarm.h"
 #include "pimAvMngApi/platform/AlarmSeverity.h"

@@ -1,6 +1,9 @@
-# Fails when a public header is missing from the umbrella header.
+# Fails when a public header is missing from the umbrella header. Headers generated at
+# configure time (NAME.h.in) count as NAME.h.
 file(READ ${INCLUDE_DIR}/pimAvMngApi/pimAvMngApi.h umbrella)
-file(GLOB_RECURSE headers RELATIVE ${INCLUDE_DIR} ${INCLUDE_DIR}/pimAvMngApi/*/*.h)
+file(GLOB_RECURSE headers RELATIVE ${INCLUDE_DIR} ${INCLUDE_DIR}/pimAvMngApi/*.h ${INCLUDE_DIR}/pimAvMngApi/*.h.in)
+list(REMOVE_ITEM headers pimAvMngApi/pimAvMngApi.h)
+list(TRANSFORM headers REPLACE "\\.in$" "")
 set(missing)
 foreach(header IN LISTS headers)
     string(FIND "${umbrella}" "#include \"${header}\"" found)

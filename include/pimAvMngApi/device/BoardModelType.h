@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-// The boards of the device family. The text of a value is its name as written here;
-// any other value has the text "Undefined". "ALDER" is read as a second name of DAMSON.
+/// The boards of the device family. The text of a value is its name as written here;
+/// any other value has the text "Undefined". "ALDER" is read as a second name of DAMSON.
 enum BoardModelType : int32_t {
     BIRCH_AES67 = 0,
     CEDAR_AES67 = 1,
@@ -24,9 +24,9 @@ enum BoardModelType : int32_t {
     JUNIPER_QH = 15,
 };
 
-// The text of a model ("LARCH_MADI"), "Undefined" for a value outside the table.
+/// The text of a model ("LARCH_MADI"), "Undefined" for a value outside the table.
 std::string boardModelTypeToString(BoardModelType model);
 
-// Exact, case-sensitive lookup of a model name or "ALDER". Returns false and leaves
-// `model` unchanged when the text names no model.
+/// Exact, case-sensitive lookup of a model name or "ALDER". Returns false and leaves
+/// `model` unchanged when the text names no model.
 bool boardModelTypeFromString(const std::string& text, BoardModelType& model);

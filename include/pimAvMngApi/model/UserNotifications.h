@@ -2,11 +2,11 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// Flags the daemon raises for the user interface.
-//
-// JSON form: {"running-is-not-saved": bool, "startup-applied": bool}; missing keys read
-// as false. Clients only read it; Serialize writes the same two keys for the side that
-// builds the reply.
+/// Flags the daemon raises for the user interface.
+///
+/// JSON form: {"running-is-not-saved": bool, "startup-applied": bool}; missing keys read
+/// as false. Clients only read it; Serialize writes the same two keys for the side that
+/// builds the reply.
 class UserNotifications : public IJsonSerializable {
 public:
     UserNotifications() = default;
@@ -15,8 +15,8 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    // The running configuration differs from the saved one.
+    /// The running configuration differs from the saved one.
     bool m_running_is_not_saved = false;
-    // The start-up configuration has been applied.
+    /// The start-up configuration has been applied.
     bool m_startup_applied = false;
 };

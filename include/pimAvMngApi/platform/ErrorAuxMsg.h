@@ -6,15 +6,19 @@
 
 #include "pimAvMngApi/platform/Logger.h"
 
-// Collects the messages meant for the end user (SDP refusals, gain-request refusals)
-// so that the process answering a request can hand them back in its reply.
+/// Collects the messages meant for the end user (SDP refusals, gain-request refusals)
+/// so that the process answering a request can hand them back in its reply.
 class ErrorAuxMsg {
 public:
+    /// The process-wide collector.
     static ErrorAuxMsg* getInstance();
 
+    /// Appends one message formatted like printf; a null format adds nothing. Thread-safe.
     void addMessage(const char* fmt, ...) PIMAV_PRINTF_FORMAT(2, 3);
 
+    /// A copy of the messages, oldest first.
     std::vector<std::string> getMessages() const;
+    /// Forgets every message.
     void clear();
 
     ErrorAuxMsg(const ErrorAuxMsg&) = delete;

@@ -4,9 +4,9 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// The two values of an SDP "t=" line.
-//
-// JSON form: {"start": unsigned, "stop": unsigned}; a missing key reads as 0.
+/// The two values of an SDP "t=" line.
+///
+/// JSON form: {"start": unsigned, "stop": unsigned}; a missing key reads as 0.
 class SdpSessionTime : public IJsonSerializable {
 public:
     SdpSessionTime() = default;
@@ -15,6 +15,6 @@ public:
     void Serialize(Json::Value& out) const override;
     void Deserialize(Json::Value& in) override;
 
-    uint32_t m_start = 0;
-    uint32_t m_stop = 0;
+    uint32_t m_start = 0;  ///< "start".
+    uint32_t m_stop = 0;   ///< "stop".
 };
