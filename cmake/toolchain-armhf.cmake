@@ -29,6 +29,12 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
+# GCC notes, for many std containers, that Arm passes some of their arguments differently since
+# GCC 7.1 (-Wpsabi). It matters only when linking with objects built by an older GCC; nothing
+# here is.
+string(APPEND CMAKE_C_FLAGS_INIT " -Wno-psabi")
+string(APPEND CMAKE_CXX_FLAGS_INIT " -Wno-psabi")
+
 # The sysroot's libraries need others of the sysroot (libzmq: libsodium, libpgm, ...); the
 # linker follows those through rpath-link, in both halves of the split /lib and /usr/lib.
 foreach(kind EXE SHARED MODULE)
