@@ -30,23 +30,22 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # GCC notes, for many std containers, that Arm passes some of their arguments differently since
-# GCC 7.1 (-Wpsabi). It matters only when linking with objects built by an older GCC; nothing
-# here is.
-string(APPEND CMAKE_C_FLAGS_INIT " -Wno-psabi")
-string(APPEND CMAKE_CXX_FLAGS_INIT " -Wno-psabi")
+# GCC 7.1 (-Wpsabi). That matters only when linking with objects of an older GCC; nothing here
+# is. CMake reads this file more than once: the flags are set, never appended to.
+set(CMAKE_C_FLAGS_INIT "-Wno-psabi")
+set(CMAKE_CXX_FLAGS_INIT "-Wno-psabi")
 
 # The sysroot's libraries need others of the sysroot (libzmq: libsodium, libpgm, ...); the
 # linker follows those through rpath-link, in both halves of the split /lib and /usr/lib.
+set(pimav_usr_lib "${PIMAV_ARMHF_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}")
+set(pimav_lib "${PIMAV_ARMHF_SYSROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE}")
 foreach(kind EXE SHARED MODULE)
-    string(APPEND CMAKE_${kind}_LINKER_FLAGS_INIT
-        " -Wl,-rpath-link,${PIMAV_ARMHF_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}"
-        " -Wl,-rpath-link,${PIMAV_ARMHF_SYSROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE}")
+    set(CMAKE_${kind}_LINKER_FLAGS_INIT "-Wl,-rpath-link,${pimav_usr_lib} -Wl,-rpath-link,${pimav_lib}")
 endforeach()
 
 # pkg-config reads the sysroot's .pc files and prefixes their paths with the sysroot.
 set(ENV{PKG_CONFIG_SYSROOT_DIR} "${PIMAV_ARMHF_SYSROOT}")
-set(ENV{PKG_CONFIG_LIBDIR}
-    "${PIMAV_ARMHF_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/pkgconfig:${PIMAV_ARMHF_SYSROOT}/usr/share/pkgconfig")
+set(ENV{PKG_CONFIG_LIBDIR} "${pimav_usr_lib}/pkgconfig:${PIMAV_ARMHF_SYSROOT}/usr/share/pkgconfig")
 unset(ENV{PKG_CONFIG_PATH})
 
 # ctest runs the test programs under qemu's user-mode emulator, which loads their shared
