@@ -165,7 +165,7 @@ int readMid(SdpMedia& media, std::string_view value, SdpGroup::Type groupType) {
     if (groupType == SdpGroup::GROUP_MULTI_2SI || groupType == SdpGroup::GROUP_MULTI_SD) {
         bool integer = true;
         try {
-            (void)std::stoi(media.m_group);
+            (void)strictInt(media.m_group);
         } catch (const std::exception&) {
             integer = false;
         }
