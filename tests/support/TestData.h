@@ -56,6 +56,55 @@ inline std::vector<std::string> words(const std::string& text) {
     return out;
 }
 
+// Text of a data file with \n, \r, \t and \\ escapes resolved.
+inline std::string unescaped(const std::string& text) {
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            out += text[i];
+            continue;
+        }
+        const char c = text[++i];
+        out += c == 'n' ? '\n' : c == 'r' ? '\r' : c == 't' ? '\t' : c;
+    }
+    return out;
+}
+
+// The reverse of unescaped().
+inline std::string escaped(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        out += c == '\n' ? "\\n" : c == '\r' ? "\\r" : c == '\t' ? "\\t" : c == '\\' ? "\\\\" : std::string(1, c);
+    }
+    return out;
+}
+
+// A row of a tab-separated table under tests/data/: its place, for messages, and its fields.
+struct DataRow {
+    std::string where;
+    std::vector<std::string> fields;
+};
+
+// The rows of tests/data/<path>; empty lines and lines that begin with '#' are skipped.
+inline std::vector<DataRow> dataRows(const std::string& path) {
+    std::vector<DataRow> rows;
+    std::istringstream in(readText(kTestData + path));
+    int number = 0;
+    for (std::string line; std::getline(in, line);) {
+        ++number;
+        if (line.empty() || line[0] == '#') {
+            continue;
+        }
+        DataRow row{path + ":" + std::to_string(number), {}};
+        std::istringstream fields(line);
+        for (std::string field; std::getline(fields, field, '\t');) {
+            row.fields.push_back(field);
+        }
+        rows.push_back(row);
+    }
+    return rows;
+}
+
 // A line of tests/data/sdp-gen/expectations.txt: a session document, the lint profiles the
 // generated text passes, and the streams ffprobe reads from it.
 struct GenExpectation {

@@ -1,0 +1,147 @@
+#include "support/RecordScript.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <sstream>
+#include <vector>
+
+#include "support/KindedJson.h"
+#include "support/LogCapture.h"
+#include "support/TestData.h"
+
+using namespace pimav::detail;
+
+namespace {
+
+struct Step {
+    std::string where;  // file:line
+    std::string op;
+    std::string arg;
+    std::vector<std::pair<int, std::string>> logs;  // every line the step logs, in order
+    std::vector<std::string> messages;              // every user message it leaves
+};
+
+struct Case {
+    std::string where;
+    std::string title;
+    std::vector<Step> steps;
+};
+
+std::vector<Case> readCases(const std::string& path, const std::string& name) {
+    std::vector<Case> cases;
+    std::istringstream in(readText(path));
+    int number = 0;
+    for (std::string line; std::getline(in, line);) {
+        ++number;
+        const std::string where = name + ":" + std::to_string(number);
+        if (line.empty() || line[0] == '#') {
+            continue;
+        }
+        if (line[0] == ' ' && !cases.empty() && !cases.back().steps.empty()) {
+            cases.back().steps.back().arg += line;  // continuation of the previous step
+            continue;
+        }
+        const size_t space = line.find(' ');
+        const std::string op = line.substr(0, space);
+        const std::string arg = space == std::string::npos ? "" : line.substr(space + 1);
+        if (op == "===") {
+            cases.push_back({where, arg, {}});
+        } else if (cases.empty() || ((op == "log" || op == "message") && cases.back().steps.empty())) {
+            ADD_FAILURE() << where << ": '" << op << "' outside a step";
+        } else if (op == "log") {
+            const size_t gap = arg.find(' ');
+            cases.back().steps.back().logs.emplace_back(std::stoi(arg.substr(0, gap)),
+                                                        unescaped(arg.substr(gap + 1)));
+        } else if (op == "message") {
+            cases.back().steps.back().messages.push_back(unescaped(arg));
+        } else {
+            cases.back().steps.push_back({where, op, arg, {}, {}});
+        }
+    }
+    return cases;
+}
+
+void runStep(const Step& step, const RecordKinds& kinds, const RecordKind*& kind,
+             std::unique_ptr<IJsonSerializable>& record, Json::Value& over) {
+    SCOPED_TRACE(step.where);
+    if (step.op == "over") {
+        over = kindedJsonOf(step.arg);
+        return;
+    }
+    LogCapture capture;
+    if (step.op == "new") {
+        std::istringstream args(step.arg);
+        std::string name;
+        args >> name;
+        const auto found = kinds.find(name);
+        ASSERT_NE(found, kinds.end()) << "no record kind " << name;
+        kind = &found->second;
+        record = kind->make(args);
+        over = Json::Value();
+    } else if (record == nullptr) {
+        FAIL() << "no record: a case begins with `new`";
+    } else if (step.op == "read" || step.op == "throws") {
+        Json::Value in = kindedJsonOf(step.arg);
+        bool threw = false;
+        try {
+            record->Deserialize(in);
+        } catch (const std::exception&) {
+            threw = true;
+        }
+        EXPECT_EQ(threw, step.op == "throws") << step.arg;
+    } else if (step.op == "write" || step.op == "write-has") {
+        Json::Value out = over;
+        record->Serialize(out);
+        const std::string mismatch = kindedMismatch(kindedJsonOf(step.arg), out, step.op == "write-has");
+        EXPECT_TRUE(mismatch.empty()) << mismatch;
+    } else if (step.op == "write-lacks") {
+        Json::Value out = over;
+        record->Serialize(out);
+        const Json::Value* at = &out;
+        std::istringstream path(step.arg);
+        std::string key;
+        while (std::getline(path, key, '/') && at != nullptr) {
+            const bool index = !key.empty() && std::isdigit(static_cast<unsigned char>(key[0]));
+            at = index ? (at->isArray() && std::stoul(key) < at->size() ? &(*at)[std::stoi(key)] : nullptr)
+                       : (at->isObject() ? at->find(key.data(), key.data() + key.size()) : nullptr);
+        }
+        EXPECT_EQ(at, nullptr) << step.arg << " is written: " << kindedText(out);
+    } else if (step.op == "do") {
+        const auto action = kind->actions.find(step.arg);
+        ASSERT_NE(action, kind->actions.end()) << "this record kind has no action " << step.arg;
+        action->second(*record);
+    } else {
+        FAIL() << "unknown step '" << step.op << "'";
+    }
+    std::vector<std::pair<int, std::string>> logged;
+    for (const LogCapture::Line& line : capture.lines()) {
+        logged.emplace_back(line.level, line.text);
+    }
+    if (logged != step.logs) {
+        std::string lines;
+        for (const auto& [level, text] : logged) {
+            lines += "\nlog " + std::to_string(level) + " " + escaped(text);
+        }
+        ADD_FAILURE() << "the step logged other lines:" << lines;
+    }
+    EXPECT_EQ(ErrorAuxMsg::getInstance()->getMessages(), step.messages);
+}
+
+}  // namespace
+
+void runRecordScripts(const std::string& dir, const RecordKinds& kinds) {
+    const std::vector<std::string> files = filesIn(kTestData + dir + "/", ".txt");
+    ASSERT_FALSE(files.empty()) << "no scripts in tests/data/" << dir;
+    for (const std::string& file : files) {
+        for (const Case& c : readCases(kTestData + dir + "/" + file, dir + "/" + file)) {
+            SCOPED_TRACE(c.where + " " + c.title);
+            const RecordKind* kind = nullptr;
+            std::unique_ptr<IJsonSerializable> record;
+            Json::Value over;
+            for (const Step& step : c.steps) {
+                runStep(step, kinds, kind, record, over);
+            }
+        }
+    }
+}
