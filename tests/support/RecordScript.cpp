@@ -108,9 +108,12 @@ void runStep(const Step& step, const RecordKinds& kinds, const RecordKind*& kind
         }
         EXPECT_EQ(at, nullptr) << step.arg << " is written: " << kindedText(out);
     } else if (step.op == "do") {
-        const auto action = kind->actions.find(step.arg);
-        ASSERT_NE(action, kind->actions.end()) << "this record kind has no action " << step.arg;
-        action->second(*record);
+        std::istringstream args(step.arg);
+        std::string name;
+        args >> name;
+        const auto action = kind->actions.find(name);
+        ASSERT_NE(action, kind->actions.end()) << "this record kind has no action " << name;
+        action->second(*record, args);
     } else {
         FAIL() << "unknown step '" << step.op << "'";
     }

@@ -14,17 +14,17 @@
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
 
-// What a script's `do NAME` step runs on the record.
-using RecordAction = std::function<void(IJsonSerializable&)>;
+// What a script's `do NAME [ARGS]` step runs on the record, with the rest of the line.
+using RecordAction = std::function<void(IJsonSerializable&, std::istream& args)>;
 using RecordActions = std::map<std::string, RecordAction>;
 
-template <typename T>
-RecordAction recordAction(void (T::*member)()) {
-    return [member](IJsonSerializable& record) { (static_cast<T&>(record).*member)(); };
+template <typename T, typename Base, typename R>
+RecordAction recordAction(R (Base::*member)()) {
+    return [member](IJsonSerializable& record, std::istream&) { (static_cast<T&>(record).*member)(); };
 }
 template <typename T>
-RecordAction recordAction(std::function<void(T&)> run) {
-    return [run](IJsonSerializable& record) { run(static_cast<T&>(record)); };
+RecordAction recordAction(std::function<void(T&, std::istream&)> run) {
+    return [run](IJsonSerializable& record, std::istream& args) { run(static_cast<T&>(record), args); };
 }
 
 // How a script makes a record of one kind, and the actions it may run on it.
