@@ -62,11 +62,28 @@ std::vector<Case> readCases(const std::string& path, const std::string& name) {
     return cases;
 }
 
-void runStep(const Step& step, const RecordKinds& kinds, const RecordKind*& kind,
-             std::unique_ptr<IJsonSerializable>& record, Json::Value& over) {
+// The state of a running case.
+struct Run {
+    const RecordKind* kind = nullptr;
+    std::unique_ptr<IJsonSerializable> record;
+    Json::Value over;
+    int lowest = 1;  // the levels whose lines the steps list
+    int highest = 7;
+};
+
+void runStep(const Step& step, const RecordKinds& kinds, Run& run) {
     SCOPED_TRACE(step.where);
+    const RecordKind*& kind = run.kind;
+    std::unique_ptr<IJsonSerializable>& record = run.record;
+    Json::Value& over = run.over;
     if (step.op == "over") {
         over = kindedJsonOf(step.arg);
+        return;
+    }
+    if (step.op == "levels") {
+        const size_t dash = step.arg.find('-');
+        run.lowest = std::stoi(step.arg.substr(0, dash));
+        run.highest = std::stoi(step.arg.substr(dash + 1));
         return;
     }
     LogCapture capture;
@@ -119,7 +136,9 @@ void runStep(const Step& step, const RecordKinds& kinds, const RecordKind*& kind
     }
     std::vector<std::pair<int, std::string>> logged;
     for (const LogCapture::Line& line : capture.lines()) {
-        logged.emplace_back(line.level, line.text);
+        if (line.level >= run.lowest && line.level <= run.highest) {
+            logged.emplace_back(line.level, line.text);
+        }
     }
     if (logged != step.logs) {
         std::string lines;
@@ -139,11 +158,9 @@ void runRecordScripts(const std::string& dir, const RecordKinds& kinds) {
     for (const std::string& file : files) {
         for (const Case& c : readCases(kTestData + dir + "/" + file, dir + "/" + file)) {
             SCOPED_TRACE(c.where + " " + c.title);
-            const RecordKind* kind = nullptr;
-            std::unique_ptr<IJsonSerializable> record;
-            Json::Value over;
+            Run run;
             for (const Step& step : c.steps) {
-                runStep(step, kinds, kind, record, over);
+                runStep(step, kinds, run);
             }
         }
     }
