@@ -22,6 +22,10 @@ template <typename T, typename Base, typename R>
 RecordAction recordAction(R (Base::*member)()) {
     return [member](IJsonSerializable& record, std::istream&) { (static_cast<T&>(record).*member)(); };
 }
+template <typename T, typename Base, typename R>
+RecordAction recordAction(R (Base::*member)() const) {
+    return [member](IJsonSerializable& record, std::istream&) { (static_cast<T&>(record).*member)(); };
+}
 template <typename T>
 RecordAction recordAction(std::function<void(T&, std::istream&)> run) {
     return [run](IJsonSerializable& record, std::istream& args) { run(static_cast<T&>(record), args); };
