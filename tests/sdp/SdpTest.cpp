@@ -35,9 +35,9 @@ std::string withCrlf(const std::string& text) {
 }
 
 TEST(SdpParse, Cases) {
-    const std::vector<SdpCase> cases = sdpCases("sdp-parse/cases.txt");
+    const std::vector<DataCase> cases = dataCases("sdp-parse/cases.txt");
     ASSERT_FALSE(cases.empty());
-    for (const SdpCase& c : cases) {
+    for (const DataCase& c : cases) {
         SCOPED_TRACE(c.where + " " + c.title);
         BoardScope board(c.get("board", "MAPLE SDI-ST2110"));
         const std::string text = c.get("text-mode") == "crlf" ? withCrlf(c.get("text")) : c.get("text");
@@ -112,9 +112,9 @@ SdpSession sessionOf(const std::string& text) {
 }
 
 TEST(SdpGenerate, Cases) {
-    const std::vector<SdpCase> cases = sdpCases("sdp-parse/generate.txt");
+    const std::vector<DataCase> cases = dataCases("sdp-parse/generate.txt");
     ASSERT_FALSE(cases.empty());
-    for (const SdpCase& c : cases) {
+    for (const DataCase& c : cases) {
         SCOPED_TRACE(c.where + " " + c.title);
         BoardScope board(c.get("board"));
         SdpSession session = sessionOf(c.get("session"));

@@ -1,11 +1,10 @@
 #pragma once
 
 // Shared pieces of the SDP tests: a board switch that restores the previous board on scope
-// exit, the case files of tests/data/sdp-parse, and the JSON view of a session.
+// exit, and the JSON view of a session.
 
 #include <json/json.h>
 
-#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -37,59 +36,6 @@ public:
 private:
     BoardModel m_saved;
 };
-
-// A case of a file of tests/data/sdp-parse: "=== title", then "key rest" lines; "text" and
-// "dante" open a block of lines (escapes resolved) up to a line ".", kept under their key
-// with the rest of their line under "<key>-mode". Other values have their escapes resolved,
-// but for "session", which is JSON.
-struct SdpCase {
-    std::string where;
-    std::string title;
-    std::multimap<std::string, std::string> keys;
-
-    bool has(const std::string& key) const { return keys.count(key) != 0; }
-    std::string get(const std::string& key, const std::string& fallback = "") const {
-        const auto it = keys.find(key);
-        return it == keys.end() ? fallback : it->second;
-    }
-    std::vector<std::string> all(const std::string& key) const {
-        std::vector<std::string> out;
-        for (auto [it, end] = keys.equal_range(key); it != end; ++it) {
-            out.push_back(it->second);
-        }
-        return out;
-    }
-};
-
-inline std::vector<SdpCase> sdpCases(const std::string& path) {
-    std::vector<SdpCase> cases;
-    std::istringstream in(pimav::detail::readText(pimav::detail::kTestData + path));
-    std::string* block = nullptr;
-    int number = 0;
-    for (std::string line; std::getline(in, line);) {
-        ++number;
-        if (block != nullptr) {
-            if (line == ".") {
-                block = nullptr;
-            } else {
-                *block += pimav::detail::unescaped(line) + "\n";
-            }
-        } else if (line.rfind("=== ", 0) == 0) {
-            cases.push_back({path + ":" + std::to_string(number), line.substr(4), {}});
-        } else if (!line.empty() && line[0] != '#' && !cases.empty()) {
-            const size_t space = line.find(' ');
-            const std::string key = line.substr(0, space);
-            const std::string rest = space == std::string::npos ? "" : line.substr(space + 1);
-            if ((key == "text" || key == "dante") && rest != "fails") {
-                cases.back().keys.emplace(key + "-mode", rest);
-                block = &cases.back().keys.emplace(key, "")->second;
-            } else {
-                cases.back().keys.emplace(key, key == "session" ? rest : pimav::detail::unescaped(rest));
-            }
-        }
-    }
-    return cases;
-}
 
 // A session's JSON form with, in each media, the members that form leaves out: the packing
 // mode and sender type, and with `parsed` also the group type and the channel order.

@@ -6,6 +6,7 @@
 #include <dirent.h>
 
 #include <algorithm>
+#include <utility>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -103,6 +104,72 @@ inline std::vector<DataRow> dataRows(const std::string& path) {
         rows.push_back(row);
     }
     return rows;
+}
+
+// A case of a case file under tests/data/: "=== title", then "key value" lines, in order;
+// "text" and "dante" open a block of lines (escapes resolved) up to a line ".", kept under
+// their key with the rest of their line under "<key>-mode". Other values have their escapes
+// resolved, but those of the JSON keys ("session", "request", "reply", "reply-once", "output",
+// "set").
+struct DataCase {
+    std::string where;
+    std::string title;
+    std::vector<std::pair<std::string, std::string>> lines;
+
+    bool has(const std::string& key) const {
+        return std::any_of(lines.begin(), lines.end(), [&](const auto& line) { return line.first == key; });
+    }
+    std::string get(const std::string& key, const std::string& fallback = "") const {
+        for (const auto& [k, value] : lines) {
+            if (k == key) {
+                return value;
+            }
+        }
+        return fallback;
+    }
+    std::vector<std::string> all(const std::string& key) const {
+        std::vector<std::string> out;
+        for (const auto& [k, value] : lines) {
+            if (k == key) {
+                out.push_back(value);
+            }
+        }
+        return out;
+    }
+};
+
+inline std::vector<DataCase> dataCases(const std::string& path) {
+    std::vector<DataCase> cases;
+    std::istringstream in(readText(kTestData + path));
+    std::string* block = nullptr;
+    int number = 0;
+    for (std::string line; std::getline(in, line);) {
+        ++number;
+        if (block != nullptr) {
+            if (line == ".") {
+                block = nullptr;
+            } else {
+                *block += unescaped(line) + "\n";
+            }
+        } else if (line.rfind("=== ", 0) == 0) {
+            cases.push_back({path + ":" + std::to_string(number), line.substr(4), {}});
+        } else if (!line.empty() && line[0] != '#' && !cases.empty()) {
+            const size_t space = line.find(' ');
+            const std::string key = line.substr(0, space);
+            const std::string rest = space == std::string::npos ? "" : line.substr(space + 1);
+            auto& lines = cases.back().lines;
+            if ((key == "text" || key == "dante") && rest != "fails") {
+                lines.emplace_back(key + "-mode", rest);
+                lines.emplace_back(key, "");
+                block = &lines.back().second;
+            } else {
+                const bool json = key == "session" || key == "request" || key == "reply" || key == "reply-once" ||
+                                  key == "output" || key == "set";
+                lines.emplace_back(key, json ? rest : unescaped(rest));
+            }
+        }
+    }
+    return cases;
 }
 
 // A line of tests/data/sdp-gen/expectations.txt: a session document, the lint profiles the
