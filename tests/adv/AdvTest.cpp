@@ -19,7 +19,9 @@ using namespace pimav::detail;
 // Reaches table states that advertisements cannot produce (a session without media).
 class AdvSessionsTestAccess {
 public:
-    static void dropMedia(AdvSessions& table, session_id_t id) { table.m_db.m_entries.at(id).m_session.m_media.clear(); }
+    static void dropMedia(AdvSessions& table, session_id_t id) {
+        table.m_db.m_entries.at(id).m_session.m_media.clear();
+    }
 };
 
 namespace {
@@ -51,7 +53,8 @@ ActionWords wordsOf(std::istream& args) {
         if (word == "->") {
             expected = true;
         } else {
-            (expected ? words.out : words.in)[word.substr(0, eq)] = eq == std::string::npos ? "" : word.substr(eq + 1);
+            (expected ? words.out : words.in)[word.substr(0, eq)] =
+                eq == std::string::npos ? "" : word.substr(eq + 1);
         }
     }
     return words;
@@ -77,7 +80,8 @@ void add(AdvSessions& table, const ActionWords& w, const std::string& text) {
 RecordKind tableKind() {
     using Run = std::function<void(AdvSessions&, const ActionWords&)>;
     const auto action = [](Run run) {
-        return recordAction<AdvTable>([run](AdvTable& t, std::istream& args) { run(t.table, wordsOf(args)); });
+        return recordAction<AdvTable>(
+            [run](AdvTable& t, std::istream& args) { run(t.table, wordsOf(args)); });
     };
     const auto removed = [](const ActionWords& w) { return std::stoull(w.out.at("result")); };
     const auto mark = [](bool used) {
@@ -95,7 +99,9 @@ RecordKind tableKind() {
              sdp.version = std::stoull(w.get("version", "1"));
              add(t, w, sdp.text());
          })},
-        {"add-file", action([](AdvSessions& t, const ActionWords& w) { add(t, w, readText(kTestData + w.get("file", ""))); })},
+        {"add-file", action([](AdvSessions& t, const ActionWords& w) {
+             add(t, w, readText(kTestData + w.get("file", "")));
+         })},
         {"use", action(mark(true))},
         {"unuse", action(mark(false))},
         {"remove", action([removed](AdvSessions& t, const ActionWords& w) {
@@ -104,7 +110,8 @@ RecordKind tableKind() {
         {"remove-host", action([removed](AdvSessions& t, const ActionWords& w) {
              IpAddress ip;
              EXPECT_TRUE(ip.fromString(w.get("ip", "")));
-             EXPECT_EQ(t.removeAdvertisedSession(ip, w.get("name", ""), std::stoi(w.get("port", "0"))), removed(w));
+             EXPECT_EQ(t.removeAdvertisedSession(ip, w.get("name", ""), std::stoi(w.get("port", "0"))),
+                       removed(w));
          })},
         {"remove-name", action([removed](AdvSessions& t, const ActionWords& w) {
              EXPECT_EQ(t.removeAdvertisedSessionByName(w.get("name", "")), removed(w));
@@ -112,7 +119,8 @@ RecordKind tableKind() {
         {"pending", action([](AdvSessions& t, const ActionWords& w) {
              EXPECT_EQ(t.getPendingCount(), std::stoul(w.out.at("count")));
          })},
-        {"drop-media", action([](AdvSessions& t, const ActionWords& w) { AdvSessionsTestAccess::dropMedia(t, w.id()); })},
+        {"drop-media",
+         action([](AdvSessions& t, const ActionWords& w) { AdvSessionsTestAccess::dropMedia(t, w.id()); })},
         {"dump", action([](AdvSessions& t, const ActionWords&) { t.dumpTable(); })},
     });
 }
@@ -224,7 +232,8 @@ TEST(AdvSessions, RejectedAdvertisementsChangeNothing) {
     // A port without a number throws: a new entry is not stored; an existing (here
     // stale) one has its session replaced but keeps its URL and state.
     const char* badUrl = "rtsp://10.0.0.1:x/y";
-    EXPECT_THROW(table.addAdvertisedSession(badUrl, Aes67Sdp{2, "New"}.text(), id, updated), std::invalid_argument);
+    EXPECT_THROW(table.addAdvertisedSession(badUrl, Aes67Sdp{2, "New"}.text(), id, updated),
+                 std::invalid_argument);
     EXPECT_EQ(table.size(), 1u);
     bool removed = false;
     table.setSessionAsUsed(1, true, removed);

@@ -68,139 +68,140 @@ struct Values {
     Throwing<VideoRefOutputCfg> badRef;
     Throwing<ChannelList> badChannels;
 
-    // The records a case may fill ("set NAME JSON") or look at ("output NAME JSON").
+    // The records a case may fill ("set NAME JSON"); these and the other values can be
+    // looked at ("output NAME JSON").
     IJsonSerializable* record(const std::string& n) {
+        // clang-format off
         const std::map<std::string, IJsonSerializable*> records = {
             {"source", &source}, {"destination", &destination}, {"channels", &channels}, {"info", &info},
             {"list", &list}, {"db", &db}, {"table", &table}, {"clock", &clock}, {"global", &global},
             {"notifications", &notifications}, {"tpc", &tpc}, {"tables", &tables}, {"sdi", &sdi},
             {"vpg", &vpg}, {"hdmi", &hdmi}, {"loop", &loop}, {"ref", &ref}};
+        // clang-format on
         const auto it = records.find(n);
         return it == records.end() ? nullptr : it->second;
     }
-    template <typename List>
-    static Json::Value each(const List& items) {
-        Json::Value out(Json::arrayValue);
-        for (const auto& item : items) {
-            if constexpr (std::is_same_v<std::decay_t<decltype(item)>, unsigned long long>) {
-                out.append(Json::UInt64(item));
-            } else {
-                item.Serialize(out[out.size()]);
+    template <typename T>
+    static Json::Value form(const T& value) {
+        Json::Value out;
+        if constexpr (std::is_same_v<T, unsigned long long>) {
+            out = Json::UInt64(value);
+        } else if constexpr (std::is_base_of_v<IJsonSerializable, T> || std::is_same_v<T, SdiOffset>) {
+            value.Serialize(out);
+        } else {
+            out = Json::Value(Json::arrayValue);
+            for (const auto& item : value) {
+                out.append(form(item));
             }
         }
         return out;
     }
     Json::Value view(const std::string& n) {
         if (IJsonSerializable* r = record(n)) {
-            Json::Value out;
-            r->Serialize(out);
-            return out;
+            return form(*r);
         }
-        const std::map<std::string, std::function<Json::Value()>> others = {
-            {"sdp", [this] { return Json::Value(sdp); }},
-            {"mode", [this] { return Json::Value(mode); }},
-            {"locked", [this] { return Json::Value(locked); }},
-            {"counters", [this] { return counters; }},
-            {"senders", [this] { return each(senders); }},
-            {"receivers", [this] { return each(receivers); }},
-            {"streams", [this] { return each(streams); }},
-            {"sessions", [this] { return each(sessions); }},
-            {"alarms", [this] { return each(alarms); }},
-            {"tpcs", [this] { return each(tpcs); }},
-            {"offset", [this] {
-                 Json::Value out;
-                 offset.Serialize(out);
-                 return out;
-             }},
-        };
-        return others.at(n)();
+        // clang-format off
+        const std::map<std::string, Json::Value> others = {
+            {"sdp", sdp}, {"mode", mode}, {"locked", locked}, {"counters", counters}, {"offset", form(offset)},
+            {"senders", form(senders)}, {"receivers", form(receivers)}, {"streams", form(streams)},
+            {"sessions", form(sessions)}, {"alarms", form(alarms)}, {"tpcs", form(tpcs)}};
+        // clang-format on
+        return others.at(n);
     }
 };
 
 using Call = std::function<int(AvMngApi&, Values&)>;
 
+// A call: `method` of the AvMngApi `a`, on the values `v`.
+// clang-format off
+#define PIMAV_CALL(label, method) {label, [](AvMngApi& a, [[maybe_unused]] Values& v) { return a.method; }}
+// clang-format on
+
 // The calls by label: the method's name, with the variant in brackets.
 const std::map<std::string, Call>& calls() {
     static const std::map<std::string, Call> all = {
-        {"addSourceSession", [](AvMngApi& a, Values& v) { return a.addSourceSession(&v.source); }},
-        {"addDestinationSession", [](AvMngApi& a, Values& v) { return a.addDestinationSession(&v.destination); }},
-        {"addDestinationSession(source)", [](AvMngApi& a, Values& v) { return a.addDestinationSession(&v.source); }},
-        {"updateSession", [](AvMngApi& a, Values& v) { return a.updateSession(&v.source); }},
-        {"removeSession", [](AvMngApi& a, Values&) { return a.removeSession(0); }},
-        {"disconnectChannels", [](AvMngApi& a, Values& v) { return a.disconnectChannels(18446744073709551615ull, v.channels); }},
-        {"getSessionSdp", [](AvMngApi& a, Values& v) { return a.getSessionSdp(5, &v.sdp); }},
-        {"getSessionBasicInfo", [](AvMngApi& a, Values& v) { return a.getSessionBasicInfo(6, &v.info); }},
-        {"getSessionCfg", [](AvMngApi& a, Values& v) { return a.getSessionCfg(12, &v.source); }},
-        {"getSourceSessionList", [](AvMngApi& a, Values& v) { return a.getSourceSessionList(&v.list); }},
-        {"getDestinationSessionList", [](AvMngApi& a, Values& v) { return a.getDestinationSessionList(&v.list); }},
-        {"getAdvertisedSessionList", [](AvMngApi& a, Values& v) { return a.getAdvertisedSessionList(&v.db); }},
-        {"pauseResumeSession", [](AvMngApi& a, Values&) { return a.pauseResumeSession(9, true); }},
-        {"getResourceAllocatedIds", [](AvMngApi& a, Values& v) { return a.getResourceAllocatedIds(v.senders, v.receivers); }},
-        {"getListOfExistingStreams", [](AvMngApi& a, Values& v) { return a.getListOfExistingStreams(v.streams); }},
-        {"fileCfgSaveRunning", [](AvMngApi& a, Values& v) { return a.fileCfgSaveRunning(3, &v.name, true); }},
-        {"fileCfgLoadCfgToRunning", [](AvMngApi& a, Values&) { return a.fileCfgLoadCfgToRunning(4); }},
-        {"fileCfgLoadDefaultToRunning", [](AvMngApi& a, Values&) { return a.fileCfgLoadDefaultToRunning(); }},
-        {"fileCfgGetTable", [](AvMngApi& a, Values& v) { return a.fileCfgGetTable(&v.table); }},
-        {"fileCfgSetStartupPos", [](AvMngApi& a, Values&) { return a.fileCfgSetStartupPos(2); }},
-        {"fileCfgRemoveConfig", [](AvMngApi& a, Values&) { return a.fileCfgRemoveConfig(7); }},
-        {"cfgSystemClock", [](AvMngApi& a, Values& v) { return a.cfgSystemClock(&v.clock); }},
-        {"getSystemClockInfo", [](AvMngApi& a, Values&) { return a.getSystemClockInfo(nullptr, nullptr, nullptr, nullptr); }},
-        {"resetSystemClockCounters", [](AvMngApi& a, Values&) { return a.resetSystemClockCounters(); }},
-        {"getGlobalConfig", [](AvMngApi& a, Values& v) { return a.getGlobalConfig(&v.global); }},
-        {"setGlobalConfig", [](AvMngApi& a, Values& v) { return a.setGlobalConfig(v.global); }},
-        {"getAlarmStatus", [](AvMngApi& a, Values& v) { return a.getAlarmStatus(v.sessions, v.alarms); }},
-        {"getUserNotifications", [](AvMngApi& a, Values& v) { return a.getUserNotifications(v.notifications); }},
-        {"getSessionTPCStats", [](AvMngApi& a, Values& v) { return a.getSessionTPCStats(9, v.tpc); }},
-        {"getSessionAllTPCStats", [](AvMngApi& a, Values& v) { return a.getSessionAllTPCStats(v.tpcs); }},
-        {"getSessionCounters", [](AvMngApi& a, Values& v) { return a.getSessionCounters(10, v.counters); }},
-        {"getSessionInternalStatus", [](AvMngApi& a, Values& v) { return a.getSessionInternalStatus(11, true, false, true, v.counters); }},
-        {"getChannelTables", [](AvMngApi& a, Values& v) { return a.getChannelTables(v.tables, true); }},
-        {"getChannelTables(short)", [](AvMngApi& a, Values& v) { return a.getChannelTables(v.tables, false); }},
-        {"setSdiInterface", [](AvMngApi& a, Values& v) { return a.setSdiInterface(&v.sdi); }},
-        {"getSdiInterfaceInfo(0)", [](AvMngApi& a, Values& v) { return a.getSdiInterfaceInfo(0, v.locked, v.mode); }},
-        {"getSdiInterfaceInfo(1)", [](AvMngApi& a, Values& v) { return a.getSdiInterfaceInfo(1, v.locked, v.mode); }},
-        {"setSdiOffset(5)", [](AvMngApi& a, Values& v) { return a.setSdiOffset(5, v.offset); }},
-        {"setSdiOffset(0)", [](AvMngApi& a, Values& v) { return a.setSdiOffset(0, v.offset); }},
-        {"getSdiOffset(1)", [](AvMngApi& a, Values& v) { return a.getSdiOffset(1, v.offset); }},
-        {"getSdiOffset(2)", [](AvMngApi& a, Values& v) { return a.getSdiOffset(2, v.offset); }},
-        {"getSdiVpgInfo(0)", [](AvMngApi& a, Values& v) { return a.getSdiVpgInfo(0, v.vpg); }},
-        {"getSdiVpgInfo(1)", [](AvMngApi& a, Values& v) { return a.getSdiVpgInfo(1, v.vpg); }},
-        {"setHdmiAudioOffset", [](AvMngApi& a, Values& v) { return a.setHdmiAudioOffset(v.hdmi); }},
-        {"getHdmiAudioOffset", [](AvMngApi& a, Values& v) { return a.getHdmiAudioOffset(v.hdmi); }},
-        {"setInterfaceLoopBackMode", [](AvMngApi& a, Values& v) { return a.setInterfaceLoopBackMode(v.loop); }},
-        {"getVideoReferenceCfg", [](AvMngApi& a, Values& v) { return a.getVideoReferenceCfg(v.ref); }},
-        {"setVideoReferenceCfg", [](AvMngApi& a, Values& v) { return a.setVideoReferenceCfg(v.ref); }},
+        PIMAV_CALL("addSourceSession", addSourceSession(&v.source)),
+        PIMAV_CALL("addDestinationSession", addDestinationSession(&v.destination)),
+        PIMAV_CALL("addDestinationSession(source)", addDestinationSession(&v.source)),
+        PIMAV_CALL("updateSession", updateSession(&v.source)),
+        PIMAV_CALL("removeSession", removeSession(0)),
+        PIMAV_CALL("disconnectChannels", disconnectChannels(18446744073709551615ull, v.channels)),
+        PIMAV_CALL("getSessionSdp", getSessionSdp(5, &v.sdp)),
+        PIMAV_CALL("getSessionBasicInfo", getSessionBasicInfo(6, &v.info)),
+        PIMAV_CALL("getSessionCfg", getSessionCfg(12, &v.source)),
+        PIMAV_CALL("getSourceSessionList", getSourceSessionList(&v.list)),
+        PIMAV_CALL("getDestinationSessionList", getDestinationSessionList(&v.list)),
+        PIMAV_CALL("getAdvertisedSessionList", getAdvertisedSessionList(&v.db)),
+        PIMAV_CALL("pauseResumeSession", pauseResumeSession(9, true)),
+        PIMAV_CALL("getResourceAllocatedIds", getResourceAllocatedIds(v.senders, v.receivers)),
+        PIMAV_CALL("getListOfExistingStreams", getListOfExistingStreams(v.streams)),
+        PIMAV_CALL("fileCfgSaveRunning", fileCfgSaveRunning(3, &v.name, true)),
+        PIMAV_CALL("fileCfgLoadCfgToRunning", fileCfgLoadCfgToRunning(4)),
+        PIMAV_CALL("fileCfgLoadDefaultToRunning", fileCfgLoadDefaultToRunning()),
+        PIMAV_CALL("fileCfgGetTable", fileCfgGetTable(&v.table)),
+        PIMAV_CALL("fileCfgSetStartupPos", fileCfgSetStartupPos(2)),
+        PIMAV_CALL("fileCfgRemoveConfig", fileCfgRemoveConfig(7)),
+        PIMAV_CALL("cfgSystemClock", cfgSystemClock(&v.clock)),
+        PIMAV_CALL("getSystemClockInfo", getSystemClockInfo(nullptr, nullptr, nullptr, nullptr)),
+        PIMAV_CALL("resetSystemClockCounters", resetSystemClockCounters()),
+        PIMAV_CALL("getGlobalConfig", getGlobalConfig(&v.global)),
+        PIMAV_CALL("setGlobalConfig", setGlobalConfig(v.global)),
+        PIMAV_CALL("getAlarmStatus", getAlarmStatus(v.sessions, v.alarms)),
+        PIMAV_CALL("getUserNotifications", getUserNotifications(v.notifications)),
+        PIMAV_CALL("getSessionTPCStats", getSessionTPCStats(9, v.tpc)),
+        PIMAV_CALL("getSessionAllTPCStats", getSessionAllTPCStats(v.tpcs)),
+        PIMAV_CALL("getSessionCounters", getSessionCounters(10, v.counters)),
+        PIMAV_CALL("getSessionInternalStatus", getSessionInternalStatus(11, true, false, true, v.counters)),
+        PIMAV_CALL("getChannelTables", getChannelTables(v.tables, true)),
+        PIMAV_CALL("getChannelTables(short)", getChannelTables(v.tables, false)),
+        PIMAV_CALL("setSdiInterface", setSdiInterface(&v.sdi)),
+        PIMAV_CALL("getSdiInterfaceInfo(0)", getSdiInterfaceInfo(0, v.locked, v.mode)),
+        PIMAV_CALL("getSdiInterfaceInfo(1)", getSdiInterfaceInfo(1, v.locked, v.mode)),
+        PIMAV_CALL("setSdiOffset(5)", setSdiOffset(5, v.offset)),
+        PIMAV_CALL("setSdiOffset(0)", setSdiOffset(0, v.offset)),
+        PIMAV_CALL("getSdiOffset(1)", getSdiOffset(1, v.offset)),
+        PIMAV_CALL("getSdiOffset(2)", getSdiOffset(2, v.offset)),
+        PIMAV_CALL("getSdiVpgInfo(0)", getSdiVpgInfo(0, v.vpg)),
+        PIMAV_CALL("getSdiVpgInfo(1)", getSdiVpgInfo(1, v.vpg)),
+        PIMAV_CALL("setHdmiAudioOffset", setHdmiAudioOffset(v.hdmi)),
+        PIMAV_CALL("getHdmiAudioOffset", getHdmiAudioOffset(v.hdmi)),
+        PIMAV_CALL("setInterfaceLoopBackMode", setInterfaceLoopBackMode(v.loop)),
+        PIMAV_CALL("getVideoReferenceCfg", getVideoReferenceCfg(v.ref)),
+        PIMAV_CALL("setVideoReferenceCfg", setVideoReferenceCfg(v.ref)),
         // Null pointers.
-        {"addSourceSession(null)", [](AvMngApi& a, Values&) { return a.addSourceSession(nullptr); }},
-        {"addDestinationSession(null)", [](AvMngApi& a, Values&) { return a.addDestinationSession(static_cast<DestinationApi*>(nullptr)); }},
-        {"addDestinationSession(null source)", [](AvMngApi& a, Values&) { return a.addDestinationSession(static_cast<SourceApi*>(nullptr)); }},
-        {"updateSession(null)", [](AvMngApi& a, Values&) { return a.updateSession(nullptr); }},
-        {"getSessionSdp(null)", [](AvMngApi& a, Values&) { return a.getSessionSdp(1, nullptr); }},
-        {"getSessionBasicInfo(null)", [](AvMngApi& a, Values&) { return a.getSessionBasicInfo(1, nullptr); }},
-        {"getSessionCfg(null)", [](AvMngApi& a, Values&) { return a.getSessionCfg(1, nullptr); }},
-        {"getSourceSessionList(null)", [](AvMngApi& a, Values&) { return a.getSourceSessionList(nullptr); }},
-        {"getDestinationSessionList(null)", [](AvMngApi& a, Values&) { return a.getDestinationSessionList(nullptr); }},
-        {"getAdvertisedSessionList(null)", [](AvMngApi& a, Values&) { return a.getAdvertisedSessionList(nullptr); }},
-        {"fileCfgSaveRunning(null)", [](AvMngApi& a, Values&) { return a.fileCfgSaveRunning(1, nullptr, false); }},
-        {"fileCfgGetTable(null)", [](AvMngApi& a, Values&) { return a.fileCfgGetTable(nullptr); }},
-        {"cfgSystemClock(null)", [](AvMngApi& a, Values&) { return a.cfgSystemClock(nullptr); }},
-        {"getGlobalConfig(null)", [](AvMngApi& a, Values&) { return a.getGlobalConfig(nullptr); }},
-        {"setSdiInterface(null)", [](AvMngApi& a, Values&) { return a.setSdiInterface(nullptr); }},
+        PIMAV_CALL("addSourceSession(null)", addSourceSession(nullptr)),
+        PIMAV_CALL("addDestinationSession(null)",
+                   addDestinationSession(static_cast<DestinationApi*>(nullptr))),
+        PIMAV_CALL("addDestinationSession(null source)",
+                   addDestinationSession(static_cast<SourceApi*>(nullptr))),
+        PIMAV_CALL("updateSession(null)", updateSession(nullptr)),
+        PIMAV_CALL("getSessionSdp(null)", getSessionSdp(1, nullptr)),
+        PIMAV_CALL("getSessionBasicInfo(null)", getSessionBasicInfo(1, nullptr)),
+        PIMAV_CALL("getSessionCfg(null)", getSessionCfg(1, nullptr)),
+        PIMAV_CALL("getSourceSessionList(null)", getSourceSessionList(nullptr)),
+        PIMAV_CALL("getDestinationSessionList(null)", getDestinationSessionList(nullptr)),
+        PIMAV_CALL("getAdvertisedSessionList(null)", getAdvertisedSessionList(nullptr)),
+        PIMAV_CALL("fileCfgSaveRunning(null)", fileCfgSaveRunning(1, nullptr, false)),
+        PIMAV_CALL("fileCfgGetTable(null)", fileCfgGetTable(nullptr)),
+        PIMAV_CALL("cfgSystemClock(null)", cfgSystemClock(nullptr)),
+        PIMAV_CALL("getGlobalConfig(null)", getGlobalConfig(nullptr)),
+        PIMAV_CALL("setSdiInterface(null)", setSdiInterface(nullptr)),
         // Request records that cannot be written.
-        {"addSourceSession(throwing)", [](AvMngApi& a, Values& v) { return a.addSourceSession(&v.badSource); }},
-        {"addDestinationSession(throwing)", [](AvMngApi& a, Values& v) { return a.addDestinationSession(&v.badDestination); }},
-        {"addDestinationSession(throwing source)", [](AvMngApi& a, Values& v) { return a.addDestinationSession(&v.badSource); }},
-        {"updateSession(throwing)", [](AvMngApi& a, Values& v) { return a.updateSession(&v.badSource); }},
-        {"disconnectChannels(throwing)", [](AvMngApi& a, Values& v) { return a.disconnectChannels(1, v.badChannels); }},
-        {"cfgSystemClock(throwing)", [](AvMngApi& a, Values& v) { return a.cfgSystemClock(&v.badClock); }},
-        {"setGlobalConfig(throwing)", [](AvMngApi& a, Values& v) { return a.setGlobalConfig(v.badGlobal); }},
-        {"setSdiInterface(throwing)", [](AvMngApi& a, Values& v) { return a.setSdiInterface(&v.badSdi); }},
-        {"setHdmiAudioOffset(throwing)", [](AvMngApi& a, Values& v) { return a.setHdmiAudioOffset(v.badHdmi); }},
-        {"setInterfaceLoopBackMode(throwing)", [](AvMngApi& a, Values& v) { return a.setInterfaceLoopBackMode(v.badLoop); }},
-        {"setVideoReferenceCfg(throwing)", [](AvMngApi& a, Values& v) { return a.setVideoReferenceCfg(v.badRef); }},
+        PIMAV_CALL("addSourceSession(throwing)", addSourceSession(&v.badSource)),
+        PIMAV_CALL("addDestinationSession(throwing)", addDestinationSession(&v.badDestination)),
+        PIMAV_CALL("addDestinationSession(throwing source)", addDestinationSession(&v.badSource)),
+        PIMAV_CALL("updateSession(throwing)", updateSession(&v.badSource)),
+        PIMAV_CALL("disconnectChannels(throwing)", disconnectChannels(1, v.badChannels)),
+        PIMAV_CALL("cfgSystemClock(throwing)", cfgSystemClock(&v.badClock)),
+        PIMAV_CALL("setGlobalConfig(throwing)", setGlobalConfig(v.badGlobal)),
+        PIMAV_CALL("setSdiInterface(throwing)", setSdiInterface(&v.badSdi)),
+        PIMAV_CALL("setHdmiAudioOffset(throwing)", setHdmiAudioOffset(v.badHdmi)),
+        PIMAV_CALL("setInterfaceLoopBackMode(throwing)", setInterfaceLoopBackMode(v.badLoop)),
+        PIMAV_CALL("setVideoReferenceCfg(throwing)", setVideoReferenceCfg(v.badRef)),
     };
     return all;
 }
+#undef PIMAV_CALL
 
 // An AvMngApi connected over loopback to a daemon of its own, every log line captured.
 class TypedApiTest : public ::testing::Test {
@@ -291,12 +292,14 @@ TEST_F(TypedApiTest, CallsOfTheCaseFile) {
                 } else {
                     EXPECT_EQ(in, Lines{});
                 }
-                EXPECT_EQ(traces(method, "OUT").size(), e.get("out", sent && result == 0 ? "1" : "0") == "1" ? 1u : 0u);
+                EXPECT_EQ(traces(method, "OUT").size(),
+                          e.get("out", sent && result == 0 ? "1" : "0") == "1" ? 1u : 0u);
                 const Lines errors = log.at(2);
                 const Lines patterns = e.all("error");
                 EXPECT_EQ(errors.size(), patterns.size()) << ::testing::PrintToString(errors);
                 for (size_t k = 0; k < std::min(errors.size(), patterns.size()); ++k) {
-                    EXPECT_TRUE(matches(patterns[k].c_str(), errors[k].c_str())) << errors[k] << "\nis not\n" << patterns[k];
+                    EXPECT_TRUE(matches(patterns[k].c_str(), errors[k].c_str())) << errors[k] << "\nis not\n"
+                                                                                 << patterns[k];
                 }
                 for (const std::string& line : e.all("logged")) {
                     EXPECT_EQ(log.count(line), 1u) << line;
@@ -325,7 +328,8 @@ TEST_F(TypedApiTest, SystemClockInfoFillsOnlyTheRecordsGiven) {
                                          mask & 4 ? &counters : nullptr, mask & 8 ? &vtc : nullptr),
                   0);
         EXPECT_EQ(config.getClockRefType() == ClockConfig::CLOCK_REF_AUTO_EXTERNAL, (mask & 1) != 0);
-        EXPECT_EQ(status.getCurrentClockReference() == ClockStatus::CURRENT_REF_EXTERNAL_REFERENCE, (mask & 2) != 0);
+        EXPECT_EQ(status.getCurrentClockReference() == ClockStatus::CURRENT_REF_EXTERNAL_REFERENCE,
+                  (mask & 2) != 0);
         EXPECT_EQ(counters.m_current == 512u, (mask & 4) != 0);
         EXPECT_EQ(vtc.m_locked, (mask & 8) != 0);
     }
@@ -343,7 +347,8 @@ TEST_F(TypedApiTest, TraceLinesCarryTheSourceLineOfEachDirection) {
     std::string sdp;
     daemon.replyWith(jsonOf(R"({"sdp":"v=0"})"));
     ASSERT_EQ(api.getSessionSdp(42, &sdp), 0);
-    const std::string head = "AVMANAGER JSON API int AvMngApi::getSessionSdp(session_id_t, std::__cxx11::string*):";
+    const std::string head =
+        "AVMANAGER JSON API int AvMngApi::getSessionSdp(session_id_t, std::__cxx11::string*):";
     const Lines in = traces("getSessionSdp", "IN"), out = traces("getSessionSdp", "OUT");
     ASSERT_EQ(in.size(), 1u);
     ASSERT_EQ(out.size(), 1u);

@@ -67,18 +67,21 @@ TEST_F(DeviceTest, RecordScripts) {
         {"CfgFileTable", recordKind<CfgFileTable>()},
         {"ClockConfig", recordKind<ClockConfig>()},
         {"ClockCounters", recordKind<ClockCounters>()},
-        {"ClockStatus", recordKind<ClockStatus>({
-                            {"interface", recordAction<ClockStatus>([](ClockStatus& s, std::istream& args) {
-                                 int code = 0;
-                                 args >> code;
-                                 EXPECT_EQ(s.setClockInterfaceStatus(static_cast<ClockStatus::ClockInterfaceStatus_en>(code)), 0);
-                             })},
-                            {"reference", recordAction<ClockStatus>([](ClockStatus& s, std::istream& args) {
-                                 int code = 0;
-                                 args >> code;
-                                 EXPECT_EQ(s.setCurrentClockReference(static_cast<ClockStatus::ClockCurrentRef_en>(code)), 0);
-                             })},
-                        })},
+        {"ClockStatus",
+         recordKind<ClockStatus>({
+             {"interface", recordAction<ClockStatus>([](ClockStatus& s, std::istream& args) {
+                  int code = 0;
+                  args >> code;
+                  EXPECT_EQ(
+                      s.setClockInterfaceStatus(static_cast<ClockStatus::ClockInterfaceStatus_en>(code)), 0);
+              })},
+             {"reference", recordAction<ClockStatus>([](ClockStatus& s, std::istream& args) {
+                  int code = 0;
+                  args >> code;
+                  EXPECT_EQ(s.setCurrentClockReference(static_cast<ClockStatus::ClockCurrentRef_en>(code)),
+                            0);
+              })},
+         })},
     };
     runRecordScripts("records/device", kinds);
 }
@@ -169,9 +172,10 @@ TEST(CfgFileTable, PositionsAndStartupSelection) {
         capture.clear();
         EXPECT_EQ(table.setStartupPosition(row.pos), row.result) << row.pos;
         EXPECT_EQ(table.getStartupPosition(), row.startup);
-        EXPECT_EQ(capture.texts(), row.result == -23 ? Lines{"It is not possible to select an empty config file "
-                                                             "as startup config."}
-                                                       : Lines{})
+        EXPECT_EQ(capture.texts(), row.result == -23
+                                       ? Lines{"It is not possible to select an empty config file "
+                                               "as startup config."}
+                                       : Lines{})
             << row.pos;
     }
     EXPECT_FALSE(table.isStartupTheDefault());
@@ -195,14 +199,15 @@ TEST(CfgFileTable, PositionsAndStartupSelection) {
 }
 
 TEST_F(DeviceTest, ExternalClockReferenceOnLarchBoardsOnly) {
-    for (BoardModelType model : {LARCH_MADI, LARCH_AES1616, LARCH_ANA88, BIRCH_AES67, MAPLE, JUNIPER, JUNIPER_QH,
-                                 static_cast<BoardModelType>(20)}) {
+    for (BoardModelType model : {LARCH_MADI, LARCH_AES1616, LARCH_ANA88, BIRCH_AES67, MAPLE, JUNIPER,
+                                 JUNIPER_QH, static_cast<BoardModelType>(20)}) {
         const bool larch = model == LARCH_MADI || model == LARCH_AES1616 || model == LARCH_ANA88;
         SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, BitstreamType::MODULE_NA));
         ClockConfig cfg;
         LogCapture capture;
         EXPECT_EQ(cfg.setClockReference(ClockConfig::CLOCK_REF_AUTO_EXTERNAL), larch ? 0 : -8) << model;
-        EXPECT_EQ(cfg.getClockRefType(), larch ? ClockConfig::CLOCK_REF_AUTO_EXTERNAL : ClockConfig::CLOCK_REF_AUTO_PTP);
+        EXPECT_EQ(cfg.getClockRefType(),
+                  larch ? ClockConfig::CLOCK_REF_AUTO_EXTERNAL : ClockConfig::CLOCK_REF_AUTO_PTP);
         EXPECT_EQ(cfg.setClockReference(static_cast<ClockConfig::ClockInterface_en>(3)), -8);
         EXPECT_EQ(cfg.setClockReference(static_cast<ClockConfig::ClockInterface_en>(6)), -8);
         EXPECT_EQ(cfg.setClockReference(ClockConfig::CLOCK_REF_AUTO_PTP), 0);

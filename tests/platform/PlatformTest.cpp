@@ -36,12 +36,12 @@ TEST(Platform, RecordScripts) {
     const RecordKinds kinds = {
         {"VideoFormat", format},
         {"Alarm", recordKind<Alarm>()},
-        {"ChannelList", recordKind<ChannelList>({{"dump", recordAction<ChannelList>([](ChannelList& list,
-                                                                                        std::istream& args) {
-                                                      std::string prefix;
-                                                      args >> prefix;
-                                                      list.dump(prefix);
-                                                  })}})},
+        {"ChannelList", recordKind<ChannelList>(
+                            {{"dump", recordAction<ChannelList>([](ChannelList& list, std::istream& args) {
+                                  std::string prefix;
+                                  args >> prefix;
+                                  list.dump(prefix);
+                              })}})},
     };
     runRecordScripts("records/platform", kinds);
 }
@@ -144,8 +144,8 @@ TEST(VideoFormat, UnknownDetailsRatesAndCodesAreRefused) {
         unsigned w, h;
         bool il;
         int rate;
-    } bad[] = {{1920, 1080, true, 24}, {1280, 720, true, 25}, {3840, 2160, true, 25},
-               {1920, 1088, false, 25}, {0, 0, false, 50},    {720, 576, true, 25}};
+    } bad[] = {{1920, 1080, true, 24},  {1280, 720, true, 25}, {3840, 2160, true, 25},
+               {1920, 1088, false, 25}, {0, 0, false, 50},     {720, 576, true, 25}};
     for (const auto& b : bad) {
         VF f;
         f.setVideoWidth(b.w);

@@ -24,7 +24,8 @@ std::string sdpOf(const std::string& word) {
         return "v=0\r\ns=Stream\r\n";
     }
     const size_t slash = word.find('/');
-    return "v=0\r\no=- " + word.substr(0, slash) + " " + word.substr(slash + 1) + " IN IP4 10.9.9.9\r\ns=Stream\r\nt=0 0\r\n";
+    return "v=0\r\no=- " + word.substr(0, slash) + " " + word.substr(slash + 1) +
+           " IN IP4 10.9.9.9\r\ns=Stream\r\nt=0 0\r\n";
 }
 
 std::string describe(const SapChange& change) {
@@ -65,7 +66,8 @@ TEST(SapDirectory, FollowsAnnouncementsDeletionsAndTimeouts) {
                 const auto next = directory.nextExpiry();
                 ASSERT_EQ(next.has_value(), expected != "none");
                 if (next) {
-                    EXPECT_NEAR(std::chrono::duration<double>(*next - start).count(), std::stod(expected), 1e-6);
+                    EXPECT_NEAR(std::chrono::duration<double>(*next - start).count(), std::stod(expected),
+                                1e-6);
                 }
                 continue;
             }

@@ -55,7 +55,8 @@ TEST(SdpParse, Cases) {
             SdpSession session;
             converter.getSdpConfig(session);
             if (c.has("session")) {
-                const std::string mismatch = kindedMismatch(kindedJsonOf(c.get("session")), sessionView(session, true), true);
+                const std::string mismatch =
+                    kindedMismatch(kindedJsonOf(c.get("session")), sessionView(session, true), true);
                 EXPECT_TRUE(mismatch.empty()) << mismatch;
             }
             std::string stored;
@@ -131,7 +132,8 @@ TEST(SdpGenerate, Cases) {
         }
         if (c.has("ends")) {
             const std::string end = c.get("ends");
-            EXPECT_TRUE(text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0)
+            EXPECT_TRUE(text.size() >= end.size() &&
+                        text.compare(text.size() - end.size(), end.size(), end) == 0)
                 << text;
         }
         if (c.has("text")) {

@@ -21,7 +21,8 @@ public:
         SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, module));
     }
     // "MODEL MODULE" as the case files write it.
-    explicit BoardScope(const std::string& words) : m_saved(SystemDefaultCfg::getInstance()->getBoardModel()) {
+    explicit BoardScope(const std::string& words)
+        : m_saved(SystemDefaultCfg::getInstance()->getBoardModel()) {
         std::istringstream in(words);
         std::string model, module;
         in >> model >> module;

@@ -11,7 +11,8 @@ const std::string kUnsignedMark = "\x01uint:";
 
 void restoreUnsigned(Json::Value& value) {
     if (value.isString() && value.asString().rfind(kUnsignedMark, 0) == 0) {
-        value = Json::Value(static_cast<Json::UInt64>(std::stoull(value.asString().substr(kUnsignedMark.size()))));
+        value = Json::Value(
+            static_cast<Json::UInt64>(std::stoull(value.asString().substr(kUnsignedMark.size()))));
     } else if (value.isArray() || value.isObject()) {
         for (Json::Value& member : value) {
             restoreUnsigned(member);
@@ -20,7 +21,8 @@ void restoreUnsigned(Json::Value& value) {
 }
 
 std::string kindName(const Json::Value& v) {
-    static const char* const kNames[] = {"null", "int", "unsigned", "real", "string", "bool", "array", "object"};
+    static const char* const kNames[] = {"null",   "int",  "unsigned", "real",
+                                         "string", "bool", "array",    "object"};
     return kNames[v.type()];
 }
 
@@ -45,7 +47,8 @@ Json::Value kindedJsonOf(const std::string& text) {
                 ++end;
             }
             const bool isUnsigned = end < text.size() && text[end] == 'u';
-            marked += isUnsigned ? "\"" + kUnsignedMark + text.substr(i, end - i) + "\"" : text.substr(i, end - i);
+            marked +=
+                isUnsigned ? "\"" + kUnsignedMark + text.substr(i, end - i) + "\"" : text.substr(i, end - i);
             i = isUnsigned ? end : end - 1;
         } else {
             inString = c == '"';
@@ -115,6 +118,6 @@ std::string kindedMismatch(const Json::Value& expected, const Json::Value& actua
     if (kindedText(expected) == kindedText(actual)) {
         return "";
     }
-    return "expected " + kindName(expected) + " " + kindedText(expected) + "\n  actual " + kindName(actual) + " " +
-           kindedText(actual);
+    return "expected " + kindName(expected) + " " + kindedText(expected) + "\n  actual " + kindName(actual) +
+           " " + kindedText(actual);
 }

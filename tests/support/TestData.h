@@ -6,10 +6,10 @@
 #include <dirent.h>
 
 #include <algorithm>
-#include <utility>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace pimav::detail {
@@ -75,7 +75,11 @@ inline std::string unescaped(const std::string& text) {
 inline std::string escaped(const std::string& text) {
     std::string out;
     for (char c : text) {
-        out += c == '\n' ? "\\n" : c == '\r' ? "\\r" : c == '\t' ? "\\t" : c == '\\' ? "\\\\" : std::string(1, c);
+        out += c == '\n'   ? "\\n"
+               : c == '\r' ? "\\r"
+               : c == '\t' ? "\\t"
+               : c == '\\' ? "\\\\"
+                           : std::string(1, c);
     }
     return out;
 }
@@ -163,8 +167,8 @@ inline std::vector<DataCase> dataCases(const std::string& path) {
                 lines.emplace_back(key, "");
                 block = &lines.back().second;
             } else {
-                const bool json = key == "session" || key == "request" || key == "reply" || key == "reply-once" ||
-                                  key == "output" || key == "set";
+                const bool json = key == "session" || key == "request" || key == "reply" ||
+                                  key == "reply-once" || key == "output" || key == "set";
                 lines.emplace_back(key, json ? rest : unescaped(rest));
             }
         }
