@@ -1,8 +1,8 @@
 #include "support/KindedJson.h"
 
 #include <cctype>
-#include <memory>
-#include <stdexcept>
+
+#include "support/JsonText.h"
 
 namespace {
 
@@ -11,19 +11,15 @@ const std::string kUnsignedMark = "\x01uint:";
 
 void restoreUnsigned(Json::Value& value) {
     if (value.isString() && value.asString().rfind(kUnsignedMark, 0) == 0) {
-        value = Json::Value(
-            static_cast<Json::UInt64>(std::stoull(value.asString().substr(kUnsignedMark.size()))));
-    } else if (value.isArray() || value.isObject()) {
-        for (Json::Value& member : value) {
-            restoreUnsigned(member);
-        }
+        value = Json::UInt64(std::stoull(value.asString().substr(kUnsignedMark.size())));
+    }
+    for (Json::Value& member : value) {  // no members unless an array or object
+        restoreUnsigned(member);
     }
 }
 
-std::string kindName(const Json::Value& v) {
-    static const char* const kNames[] = {"null",   "int",  "unsigned", "real",
-                                         "string", "bool", "array",    "object"};
-    return kNames[v.type()];
+bool isDigit(char c) {
+    return std::isdigit(static_cast<unsigned char>(c)) != 0;
 }
 
 }  // namespace
@@ -32,92 +28,74 @@ Json::Value kindedJsonOf(const std::string& text) {
     std::string marked;
     bool inString = false;
     for (size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (inString) {
-            marked += c;
-            if (c == '\\' && i + 1 < text.size()) {
-                marked += text[++i];
-            } else if (c == '"') {
-                inString = false;
-            }
-        } else if (std::isdigit(static_cast<unsigned char>(c)) &&
-                   (i == 0 || !std::isalnum(static_cast<unsigned char>(text[i - 1])))) {
-            size_t end = i;
-            while (end < text.size() && std::isdigit(static_cast<unsigned char>(text[end]))) {
-                ++end;
-            }
-            const bool isUnsigned = end < text.size() && text[end] == 'u';
-            marked +=
-                isUnsigned ? "\"" + kUnsignedMark + text.substr(i, end - i) + "\"" : text.substr(i, end - i);
-            i = isUnsigned ? end : end - 1;
-        } else {
-            inString = c == '"';
-            marked += c;
+        size_t end = i;
+        while (!inString && end < text.size() && isDigit(text[end]) &&
+               (i == 0 || !std::isalnum(static_cast<unsigned char>(text[i - 1])))) {
+            ++end;
         }
+        if (end > i && end < text.size() && text[end] == 'u') {  // a number with its `u`
+            marked += "\"" + kUnsignedMark + text.substr(i, end - i) + "\"";
+            i = end;
+            continue;
+        }
+        if (text[i] == '"' || (inString && text[i] == '\\')) {
+            inString = text[i] == '"' ? !inString : inString;
+            marked += text[i];
+            if (text[i] == '\\') {
+                marked += text[++i];
+            }
+            continue;
+        }
+        marked += text[i];
     }
-    Json::Value value;
-    Json::CharReaderBuilder builder;
-    std::string errors;
-    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    if (!reader->parse(marked.data(), marked.data() + marked.size(), &value, &errors)) {
-        throw std::runtime_error("bad expected JSON: " + text + ": " + errors);
-    }
+    Json::Value value = jsonOf(marked);
     restoreUnsigned(value);
     return value;
 }
 
 std::string kindedText(const Json::Value& value) {
+    std::string out;
     switch (value.type()) {
         case Json::uintValue:
             return Json::valueToString(value.asLargestUInt()) + "u";
-        case Json::arrayValue: {
-            std::string out = "[";
-            for (Json::ArrayIndex i = 0; i < value.size(); ++i) {
-                out += (i == 0 ? "" : ",") + kindedText(value[i]);
+        case Json::arrayValue:
+            for (const Json::Value& item : value) {
+                out += (out.empty() ? "" : ",") + kindedText(item);
             }
-            return out + "]";
-        }
-        case Json::objectValue: {
-            std::string out = "{";
+            return "[" + out + "]";
+        case Json::objectValue:
             for (const std::string& key : value.getMemberNames()) {
-                out += (out.size() == 1 ? "" : ",") + Json::valueToQuotedString(key.c_str()) + ":" +
+                out += (out.empty() ? "" : ",") + Json::valueToQuotedString(key.c_str()) + ":" +
                        kindedText(value[key]);
             }
-            return out + "}";
-        }
-        default: {
-            Json::StreamWriterBuilder builder;
-            builder["indentation"] = "";
-            return Json::writeString(builder, value);
-        }
+            return "{" + out + "}";
+        default:
+            return jsonText(value);
     }
 }
 
 std::string kindedMismatch(const Json::Value& expected, const Json::Value& actual, bool subset) {
-    if (subset && expected.isObject() && actual.isObject()) {
-        for (const std::string& key : expected.getMemberNames()) {
-            if (!actual.isMember(key)) {
-                return "\"" + key + "\" is missing";
+    if (subset && ((expected.isObject() && actual.isObject()) ||
+                   (expected.isArray() && actual.isArray() && expected.size() == actual.size()))) {
+        for (auto it = expected.begin(); it != expected.end(); ++it) {
+            const std::string at =
+                expected.isArray() ? "[" + std::to_string(it.index()) + "]" : "\"" + it.name() + "\"";
+            if (expected.isObject() && !actual.isMember(it.name())) {
+                return at + " is missing";
             }
-            const std::string inner = kindedMismatch(expected[key], actual[key], true);
+            const Json::Value& other = expected.isArray() ? actual[it.index()] : actual[it.name()];
+            const std::string inner = kindedMismatch(*it, other, true);
             if (!inner.empty()) {
-                return "\"" + key + "\": " + inner;
+                return at + ": " + inner;
             }
         }
         return "";
     }
-    if (subset && expected.isArray() && actual.isArray() && expected.size() == actual.size()) {
-        for (Json::ArrayIndex i = 0; i < expected.size(); ++i) {
-            const std::string inner = kindedMismatch(expected[i], actual[i], true);
-            if (!inner.empty()) {
-                return "[" + std::to_string(i) + "]: " + inner;
-            }
-        }
+    if (expected == actual) {  // jsoncpp compares the kinds too
         return "";
     }
-    if (kindedText(expected) == kindedText(actual)) {
-        return "";
-    }
-    return "expected " + kindName(expected) + " " + kindedText(expected) + "\n  actual " + kindName(actual) +
-           " " + kindedText(actual);
+    static const char* const kKinds[] = {"null",   "int",  "unsigned", "real",
+                                         "string", "bool", "array",    "object"};
+    return std::string("expected ") + kKinds[expected.type()] + " " + kindedText(expected) + "\n  actual " +
+           kKinds[actual.type()] + " " + kindedText(actual);
 }
