@@ -248,11 +248,11 @@ TEST_F(TypedApiTest, CallsOfTheCaseFile) {
                 daemon.sendNonJson();
             } else if (key == "call") {
                 // The expectations of this call: the lines up to the next call.
-                DataCase e{c.where, value, {}};
+                DataCase e{c.places[i], value, {}, {}};
                 for (size_t j = i + 1; j < c.lines.size() && c.lines[j].first != "call"; ++j) {
                     e.lines.push_back(c.lines[j]);
                 }
-                SCOPED_TRACE("call " + value);
+                SCOPED_TRACE(e.where + " call " + value);
                 log.clear();
                 daemon.clearRequests();
                 const auto call = calls().find(value);

@@ -22,44 +22,23 @@ struct Step {
     std::vector<std::string> messages;              // every user message it leaves
 };
 
-struct Case {
-    std::string where;
-    std::string title;
+// The steps of a case; "log" and "message" lines belong to the step before them.
+std::vector<Step> stepsOf(const DataCase& c) {
     std::vector<Step> steps;
-};
-
-std::vector<Case> readCases(const std::string& path, const std::string& name) {
-    std::vector<Case> cases;
-    std::istringstream in(readText(path));
-    int number = 0;
-    for (std::string line; std::getline(in, line);) {
-        ++number;
-        const std::string where = name + ":" + std::to_string(number);
-        if (line.empty() || line[0] == '#') {
-            continue;
-        }
-        if (line[0] == ' ' && !cases.empty() && !cases.back().steps.empty()) {
-            cases.back().steps.back().arg += line;  // continuation of the previous step
-            continue;
-        }
-        const size_t space = line.find(' ');
-        const std::string op = line.substr(0, space);
-        const std::string arg = space == std::string::npos ? "" : line.substr(space + 1);
-        if (op == "===") {
-            cases.push_back({where, arg, {}});
-        } else if (cases.empty() || ((op == "log" || op == "message") && cases.back().steps.empty())) {
-            ADD_FAILURE() << where << ": '" << op << "' outside a step";
+    for (size_t i = 0; i < c.lines.size(); ++i) {
+        const auto& [op, arg] = c.lines[i];
+        if ((op == "log" || op == "message") && steps.empty()) {
+            ADD_FAILURE() << c.places[i] << ": '" << op << "' outside a step";
         } else if (op == "log") {
             const size_t gap = arg.find(' ');
-            cases.back().steps.back().logs.emplace_back(std::stoi(arg.substr(0, gap)),
-                                                        unescaped(arg.substr(gap + 1)));
+            steps.back().logs.emplace_back(std::stoi(arg.substr(0, gap)), unescaped(arg.substr(gap + 1)));
         } else if (op == "message") {
-            cases.back().steps.back().messages.push_back(unescaped(arg));
+            steps.back().messages.push_back(unescaped(arg));
         } else {
-            cases.back().steps.push_back({where, op, arg, {}, {}});
+            steps.push_back({c.places[i], op, arg, {}, {}});
         }
     }
-    return cases;
+    return steps;
 }
 
 // The state of a running case.
@@ -156,10 +135,10 @@ void runRecordScripts(const std::string& dir, const RecordKinds& kinds) {
     const std::vector<std::string> files = filesIn(kTestData + dir + "/", ".txt");
     ASSERT_FALSE(files.empty()) << "no scripts in tests/data/" << dir;
     for (const std::string& file : files) {
-        for (const Case& c : readCases(kTestData + dir + "/" + file, dir + "/" + file)) {
+        for (const DataCase& c : dataCases(dir + "/" + file)) {
             SCOPED_TRACE(c.where + " " + c.title);
             Run run;
-            for (const Step& step : c.steps) {
+            for (const Step& step : stepsOf(c)) {
                 runStep(step, kinds, run);
             }
         }

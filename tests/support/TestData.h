@@ -110,15 +110,15 @@ inline std::vector<DataRow> dataRows(const std::string& path) {
     return rows;
 }
 
-// A case of a case file under tests/data/: "=== title", then "key value" lines, in order;
-// "text" and "dante" open a block of lines (escapes resolved) up to a line ".", kept under
-// their key with the rest of their line under "<key>-mode". Other values have their escapes
-// resolved, but those of the JSON keys ("session", "request", "reply", "reply-once", "output",
-// "set").
+// A case of a case file under tests/data/: "=== title", then "key value" lines, in order,
+// the values as written (a line that begins with a blank continues the one before; '#' lines
+// are comments). "text" and "dante" open a block of lines, escapes resolved, up to a line
+// ".", kept under their key with the rest of their line under "<key>-mode".
 struct DataCase {
     std::string where;
     std::string title;
     std::vector<std::pair<std::string, std::string>> lines;
+    std::vector<std::string> places;  // file:line of each of `lines`
 
     bool has(const std::string& key) const {
         return std::any_of(lines.begin(), lines.end(), [&](const auto& line) { return line.first == key; });
@@ -156,20 +156,21 @@ inline std::vector<DataCase> dataCases(const std::string& path) {
                 *block += unescaped(line) + "\n";
             }
         } else if (line.rfind("=== ", 0) == 0) {
-            cases.push_back({path + ":" + std::to_string(number), line.substr(4), {}});
+            cases.push_back({path + ":" + std::to_string(number), line.substr(4), {}, {}});
+        } else if (line[0] == ' ' && !cases.empty() && !cases.back().lines.empty()) {
+            cases.back().lines.back().second += line;  // continues the line before
         } else if (!line.empty() && line[0] != '#' && !cases.empty()) {
             const size_t space = line.find(' ');
             const std::string key = line.substr(0, space);
             const std::string rest = space == std::string::npos ? "" : line.substr(space + 1);
-            auto& lines = cases.back().lines;
-            if ((key == "text" || key == "dante") && rest != "fails") {
-                lines.emplace_back(key + "-mode", rest);
-                lines.emplace_back(key, "");
-                block = &lines.back().second;
-            } else {
-                const bool json = key == "session" || key == "request" || key == "reply" ||
-                                  key == "reply-once" || key == "output" || key == "set";
-                lines.emplace_back(key, json ? rest : unescaped(rest));
+            DataCase& c = cases.back();
+            const bool opensBlock = (key == "text" || key == "dante") && rest != "fails";
+            c.lines.emplace_back(opensBlock ? key + "-mode" : key, rest);
+            c.places.push_back(path + ":" + std::to_string(number));
+            if (opensBlock) {
+                c.lines.emplace_back(key, "");
+                c.places.push_back(c.places.back());
+                block = &c.lines.back().second;
             }
         }
     }
