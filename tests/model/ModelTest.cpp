@@ -105,7 +105,7 @@ TEST(Model, RecordScripts) {
         {"Source", recordKind<Source>({{"clear", recordAction<Source>(&Source::clear)}})},
         {"AudioSource", recordKind<AudioSource>({{"clear", recordAction<AudioSource>(&AudioSource::clear)}})},
         {"VideoSource", recordKind<VideoSource>({{"clear", recordAction<VideoSource>(&VideoSource::clear)}})},
-        {"SourceApi", recordKind<SourceApi>()},
+        {"SourceApi", recordKind<SourceApi>({{"clear", recordAction<SourceApi>(&SourceApi::clear)}})},
         {"AncillaryStreamData", streamKind<AncillaryStreamData>()},
         {"AudioStreamData", streamKind<AudioStreamData>()},
         {"VideoStreamData", streamKind<VideoStreamData>()},

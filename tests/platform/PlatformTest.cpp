@@ -14,6 +14,7 @@
 #include "pimAvMngApi/platform/PacketTimeOptions.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/platform/VideoFormat.h"
+#include "platform/IpcWire.h"
 #include "support/JsonText.h"
 #include "support/LogCapture.h"
 #include "support/RecordScript.h"
@@ -187,6 +188,9 @@ TEST(ChannelList, ElementAccess) {
     list.addChannelEntry(ChannelId(DaifType(), 0, 7));
     EXPECT_EQ(list.getChannelEntry(2), nullptr);
     EXPECT_EQ(list.getChannelEntry(-1), nullptr);
+    const ChannelList& constList = list;
+    EXPECT_EQ(constList.getChannelEntry(2), nullptr);
+    EXPECT_EQ(constList.getChannelEntry(-1), nullptr);
     EXPECT_EQ(list.setChannelEntry(2, ChannelId()), -16);
     EXPECT_EQ(list.setChannelEntry(1, ChannelId(DaifType(1, "tdm"), 2, 9)), 0);
     EXPECT_EQ(list.getChannelEntry(1)->m_channel, 9u);
@@ -197,6 +201,14 @@ TEST(ChannelList, ElementAccess) {
     EXPECT_EQ(list[0], ChannelId(DaifType(1, "tdm"), 2, 9));
     list.clearChannelList();
     EXPECT_EQ(list.numChannelEntries(), 0);
+}
+
+// Every byte after the second of a multi-byte UTF-8 sequence must be a continuation byte.
+TEST(IpcWire, LaterBytesOfASequenceAreChecked) {
+    Json::Value doc;
+    EXPECT_TRUE(parseDocument("\"\xE2\x82\xAC\"", 5, doc));
+    EXPECT_FALSE(parseDocument("\"\xE2\x82\x41\"", 5, doc));
+    EXPECT_FALSE(parseDocument("\"\xF0\x9F\x98\x41\"", 6, doc));
 }
 
 TEST(PacketTimeOptions, SupportedCountsMapToThemselves) {
