@@ -126,14 +126,8 @@ RecordKind tableKind() {
 }
 
 TEST(Adv, RecordScripts) {
-    RecordKind state = recordKind<AdvertisementState>();
-    state.make = [](std::istream& args) -> std::unique_ptr<IJsonSerializable> {
-        int code = 0;
-        args >> code;
-        return std::make_unique<AdvertisementState>(code);
-    };
     const RecordKinds kinds = {
-        {"AdvertisementState", state},
+        {"AdvertisementState", recordKind<AdvertisementState, int32_t>()},
         {"AdvSessionEntry", recordKind<AdvSessionEntry>()},
         {"AdvSessionsDb", recordKind<AdvSessionsDb>()},
         {"AdvSessions", tableKind()},

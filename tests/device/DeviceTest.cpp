@@ -45,24 +45,10 @@ std::string codes(const BoardModel& board) {
 }
 
 TEST_F(DeviceTest, RecordScripts) {
-    RecordKind board = recordKind<BoardModel>();
-    board.make = [](std::istream& args) -> std::unique_ptr<IJsonSerializable> {
-        auto record = std::make_unique<BoardModel>();
-        int model = 0;
-        if (args >> model) {
-            record->m_model = static_cast<BoardModelType>(model);
-        }
-        return record;
-    };
-    RecordKind module = recordKind<BitstreamType>();
-    module.make = [](std::istream& args) -> std::unique_ptr<IJsonSerializable> {
-        int code = 0;
-        args >> code;
-        return std::make_unique<BitstreamType>(static_cast<BitstreamType::module_t>(code));
-    };
     const RecordKinds kinds = {
-        {"BoardModel", board},
-        {"BitstreamType", module},
+        {"BoardModel",
+         settingKind<BoardModel, BoardModelType>([](BoardModel& b, BoardModelType m) { b.m_model = m; })},
+        {"BitstreamType", recordKind<BitstreamType, BitstreamType::module_t>()},
         {"Codec", recordKind<Codec, uint32_t>()},
         {"CfgFileTable", recordKind<CfgFileTable>()},
         {"ClockConfig", recordKind<ClockConfig>()},

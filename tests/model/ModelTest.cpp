@@ -44,19 +44,11 @@ using namespace pimav::detail;
 
 namespace {
 
-// A stream kind whose optional argument is the payload size, which no stream reads.
+// A stream kind whose argument is the payload size, which no stream reads.
 template <typename T>
 RecordKind streamKind() {
-    RecordKind kind = recordKind<T>({{"dump", recordAction<T>(&T::dumpStreamData)}});
-    kind.make = [](std::istream& args) -> std::unique_ptr<IJsonSerializable> {
-        auto stream = std::make_unique<T>();
-        uint32_t payload = 0;
-        if (args >> payload) {
-            stream->m_payload_size = payload;
-        }
-        return stream;
-    };
-    return kind;
+    return settingKind<T, uint32_t>([](T& stream, uint32_t payload) { stream.m_payload_size = payload; },
+                                    {{"dump", recordAction<T>(&T::dumpStreamData)}});
 }
 
 // SdiOffset hides its serialization base: the scripts reach it through this record.
@@ -70,24 +62,6 @@ struct SdiOffsetRecord : IJsonSerializable {
 };
 
 TEST(Model, RecordScripts) {
-    RecordKind timing = recordKind<VideoTimingParameters>();
-    timing.make = [](std::istream& args) -> std::unique_ptr<IJsonSerializable> {
-        auto record = std::make_unique<VideoTimingParameters>();
-        int32_t mode = 0;
-        if (args >> mode) {
-            record->m_timing_mode = mode;
-        }
-        return record;
-    };
-    RecordKind sdiData = recordKind<SdiData>();  // the video format is written but not read
-    sdiData.make = [](std::istream& args) -> std::unique_ptr<IJsonSerializable> {
-        auto record = std::make_unique<SdiData>();
-        int format = 0;
-        if (args >> format) {
-            record->m_video_format = VideoFormat(static_cast<VideoFormat::video_format_t>(format));
-        }
-        return record;
-    };
     const RecordKinds kinds = {
         {"State", recordKind<State, int32_t>()},
         {"StreamType", recordKind<StreamType, int32_t>()},
@@ -109,7 +83,9 @@ TEST(Model, RecordScripts) {
         {"AncillaryStreamData", streamKind<AncillaryStreamData>()},
         {"AudioStreamData", streamKind<AudioStreamData>()},
         {"VideoStreamData", streamKind<VideoStreamData>()},
-        {"VideoTimingParameters", timing},
+        {"VideoTimingParameters",
+         settingKind<VideoTimingParameters, int32_t>(
+             [](VideoTimingParameters& t, int32_t mode) { t.m_timing_mode = mode; })},
         {"TpcStatistics", recordKind<TpcStatistics>()},
         {"UserNotifications", recordKind<UserNotifications>()},
         {"HdmiAudioOffset", recordKind<HdmiAudioOffset, uint32_t>()},
@@ -118,7 +94,9 @@ TEST(Model, RecordScripts) {
         {"SessionStatus", recordKind<SessionStatus>()},
         {"SdiOffsetList", recordKind<SdiOffsetList>()},
         {"SdiOffset", recordKind<SdiOffsetRecord, unsigned, uint32_t, uint32_t>()},
-        {"SdiData", sdiData},
+        {"SdiData",
+         settingKind<SdiData, VideoFormat::video_format_t>(  // the format is written, not read
+             [](SdiData& d, VideoFormat::video_format_t f) { d.m_video_format = VideoFormat(f); })},
         {"AvGlobalCfg", recordKind<AvGlobalCfg>()},
         {"VtcStatus", recordKind<VtcStatus>()},
         {"VideoRefOutputCfg", recordKind<VideoRefOutputCfg>()},

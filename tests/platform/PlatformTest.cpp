@@ -28,14 +28,8 @@ using VF = VideoFormat;
 using Lines = std::vector<std::string>;
 
 TEST(Platform, RecordScripts) {
-    RecordKind format = recordKind<VF>();
-    format.make = [](std::istream& args) -> std::unique_ptr<IJsonSerializable> {
-        int code = 0;
-        args >> code;
-        return std::make_unique<VF>(static_cast<VF::video_format_t>(code));
-    };
     const RecordKinds kinds = {
-        {"VideoFormat", format},
+        {"VideoFormat", recordKind<VF, VF::video_format_t>()},
         {"Alarm", recordKind<Alarm>()},
         {"ChannelList", recordKind<ChannelList>(
                             {{"dump", recordAction<ChannelList>([](ChannelList& list, std::istream& args) {

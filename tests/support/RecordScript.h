@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "pimAvMngApi/platform/IJsonSerializable.h"
@@ -38,34 +39,45 @@ struct RecordKind {
 };
 using RecordKinds = std::map<std::string, RecordKind>;
 
+// One word of a script as a value of A; an enumeration is written as its number.
+template <typename A>
+A argumentOf(std::istream& in) {
+    if constexpr (std::is_enum_v<A>) {
+        return static_cast<A>(argumentOf<std::underlying_type_t<A>>(in));
+    } else {
+        A value{};
+        in >> value;
+        return value;
+    }
+}
+
 // A kind made by T's constructor: with no arguments when the script gives none, else with
 // Args read in order from the script's words (std::string takes one word, bool 0 or 1).
 template <typename T, typename... Args>
 RecordKind recordKind(RecordActions actions = {}) {
-    RecordKind kind;
-    kind.actions = std::move(actions);
+    RecordKind kind{nullptr, std::move(actions)};
     kind.make = [](std::istream& in) -> std::unique_ptr<IJsonSerializable> {
-        if constexpr (sizeof...(Args) == 0) {
-            return std::make_unique<T>();
-        } else {
-            if ((in >> std::ws).eof()) {
-                return std::make_unique<T>();
+        if constexpr (sizeof...(Args) != 0) {
+            if (!(in >> std::ws).eof()) {
+                std::tuple<Args...> values{argumentOf<Args>(in)...};  // braces: read in order
+                return std::apply([](auto&... v) { return std::make_unique<T>(v...); }, values);
             }
-            std::tuple<Args...> values;
-            std::apply([&in](auto&... v) { ((in >> v), ...); }, values);
-            return std::apply([](auto&... v) { return std::make_unique<T>(v...); }, values);
         }
+        return std::make_unique<T>();
     };
     return kind;
 }
 
-// A kind whose record `prepare` sets up beyond what reading can reach.
-template <typename T>
-RecordKind preparedKind(std::function<void(T&)> prepare, RecordActions actions = {}) {
-    RecordKind kind = recordKind<T>(std::move(actions));
-    kind.make = [prepare](std::istream&) -> std::unique_ptr<IJsonSerializable> {
+// A kind made by T's default constructor, then, when the script gives a word, `set` with it:
+// for members that no document reaches.
+template <typename T, typename V>
+RecordKind settingKind(std::function<void(T&, V)> set, RecordActions actions = {}) {
+    RecordKind kind{nullptr, std::move(actions)};
+    kind.make = [set](std::istream& in) -> std::unique_ptr<IJsonSerializable> {
         auto record = std::make_unique<T>();
-        prepare(*record);
+        if (!(in >> std::ws).eof()) {
+            set(*record, argumentOf<V>(in));
+        }
         return record;
     };
     return kind;
