@@ -241,6 +241,22 @@ TEST(SdpConverter, NullPointersGiveMinusFour) {
     EXPECT_TRUE(log.contains("SDP:: generating SDP from media session internal configuration"));
 }
 
+TEST(SdpConverter, ParsesOneMediaSection) {
+    SdpConverter converter;
+    LogCapture log;
+    Lines lines = {"m=audio 5004 RTP/AVP 96", "c=IN IP4 239.69.1.1/32", "a=rtpmap:96 L24/48000/8",
+                   "a=recvonly"};
+    Lines leftovers;
+    std::string item;
+    SdpMedia media;
+    EXPECT_EQ(converter.parseSdpMedia(&media, &lines, &leftovers, SdpGroup::GROUP_NONE, item), 0);
+    EXPECT_EQ(media.m_udp_port, 5004u);
+    EXPECT_EQ(media.m_transport_ip, 0xEF450101u);
+    ASSERT_EQ(media.m_rtp_maps.size(), 1u);
+    EXPECT_EQ(media.m_rtp_maps[0].m_number_channels, 8);
+    EXPECT_EQ(leftovers, Lines{"a=recvonly"});
+}
+
 TEST(SdpConverter, GroupItemsKeepEmptyOnesAndManualTextEndsAtNul) {
     SdpConverter converter;
     LogCapture log;
