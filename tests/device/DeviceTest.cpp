@@ -176,11 +176,12 @@ TEST(CfgFileTable, PositionsAndStartupSelection) {
     EXPECT_EQ(table.clearFileInfo(11), -16);
     EXPECT_EQ(table.getFileInfo(11), nullptr);
     EXPECT_EQ(table.getFileInfo(10)->m_size, 10u);
+    EXPECT_EQ(table.clearFileInfo(10), 0);
     for (unsigned i = 0; i < 10; ++i) {
         table.setFileInfo(i, "", 100 + i);
     }
     capture.clear();
-    EXPECT_EQ(table.getFirstEmptyPosition(), -16);  // position 10 is never offered
+    EXPECT_EQ(table.getFirstEmptyPosition(), -16);  // the empty position 10 is never offered
     EXPECT_TRUE(capture.lines().empty());
 }
 
