@@ -10,6 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Emulator.h"
+#include "EmulatorSap.h"
 #include "common/RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/version.h"
@@ -52,6 +53,8 @@ int main(int argc, char** argv) {
     app.add_option("--module", options.module, "bitstream module of the board")->capture_default_str();
     app.add_option("--local-ip", options.localAddress, "the board's own address")->capture_default_str();
     app.add_option("--log-level", logLevel, "log threshold 0..7")->capture_default_str();
+    EmulatorSapOptions sapOptions;
+    addSapOptions(app, sapOptions);
     CLI11_PARSE(app, argc, argv);
 
     Logger::getInstance()->setThreshold(logLevel);
@@ -63,8 +66,10 @@ int main(int argc, char** argv) {
 
     try {
         Emulator emulator(options);
+        EmulatorSap sap(emulator, sapOptions);
         zmq::context_t context(1);
         RequestServer server(context, bind);
+        sap.attach(server);
         Logger::log(4, "avmng-emulator: listening on %s (board %s, module %s, state in %s)", bind.c_str(),
                     options.board.c_str(), options.module.c_str(), options.configDir.c_str());
         std::cout << "avmng-emulator ready on " << bind << std::endl;
@@ -74,7 +79,9 @@ int main(int argc, char** argv) {
                 if (g_reload.exchange(false)) {
                     emulator.reloadAdvertised();
                 }
+                sap.syncSenders(EmulatorSap::Clock::now());
             });
+        sap.withdrawAll();
         Logger::log(4, "avmng-emulator: stopping after %llu requests",
                     static_cast<unsigned long long>(server.requestsServed()));
     } catch (const zmq::error_t& e) {

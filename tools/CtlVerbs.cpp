@@ -1,10 +1,12 @@
 // The typed verbs of avmngctl: requests built from the library's records and replies
 // read back into them before printing.
 
+#include <algorithm>
 #include <iomanip>
 #include <list>
 
 #include "CtlSupport.h"
+#include "pimAvMngApi/adv/AdvSessionsDb.h"
 #include "pimAvMngApi/device/CfgFileTable.h"
 #include "pimAvMngApi/device/ClockConfig.h"
 #include "pimAvMngApi/device/ClockCounters.h"
@@ -53,17 +55,32 @@ void printSessions(CtlJsonApi& api, std::ostream& out) {
 void printAdvertised(CtlJsonApi& api, std::ostream& out) {
     Json::Value request = noRequest();
     Json::Value reply = api.call(7, request, false);
-    const Json::Value& list = reply["list"];
-    out << std::left << std::setw(22) << "ID" << std::setw(8) << "STATE" << std::setw(7) << "IN-USE" << "URL"
-        << std::right << "\n";
-    if (!list.isObject() && !list.isArray()) {
-        return;
+    AdvSessionsDb db;
+    readRecord(db, reply["list"], "advertised sessions");
+    // Beside the library's list, the emulator says where each entry comes from: a file's
+    // path or the SAP origin.
+    const Json::Value& sources = reply["sources"];
+    struct Row {
+        std::string id, state, inUse, name, url, source;
+    };
+    std::vector<Row> rows = {{"ID", "STATE", "IN-USE", "NAME", "URL", "SOURCE"}};
+    for (const auto& [id, entry] : db.m_entries) {
+        const std::string idText = std::to_string(id);
+        const Json::Value& source = sources.isObject() ? sources[idText] : Json::Value::nullSingleton();
+        rows.push_back({idText, entry.getStatus().toString(), entry.isInUse() ? "yes" : "no",
+                        entry.m_session.m_info, entry.getSourceUrl(),
+                        source.isObject() ? source.get("from", "-").asString() : "-"});
     }
-    for (const auto& entry : list) {
-        out << std::left << std::setw(22) << entry.get("session-id-str", entry.get("id", 0).asString()).asString()
-            << std::setw(8) << entry.get("status", "").asString() << std::setw(7)
-            << (entry.get("inuse", false).asBool() ? "yes" : "no") << entry.get("url", "").asString() << std::right
-            << "\n";
+    size_t nameWidth = 0;
+    size_t urlWidth = 0;
+    for (const Row& row : rows) {
+        nameWidth = std::max(nameWidth, row.name.size());
+        urlWidth = std::max(urlWidth, row.url.size());
+    }
+    for (const Row& row : rows) {
+        out << std::left << std::setw(22) << row.id << std::setw(8) << row.state << std::setw(7) << row.inUse
+            << std::setw(static_cast<int>(nameWidth + 2)) << row.name << std::setw(static_cast<int>(urlWidth + 2))
+            << row.url << row.source << std::right << "\n";
     }
 }
 
