@@ -1,7 +1,8 @@
 // avmng-emulator: a stand-in for the device's AV manager daemon. It answers the 56
 // commands of the client library over ZeroMQ on loopback, keeps sessions, advertised
 // sessions, saved configurations and device settings, and persists them in a directory
-// so that a restart loses nothing.
+// so that a restart loses nothing. With --sap-* options it also learns and announces
+// sessions over SAP (EmulatorSap).
 
 #include <csignal>
 #include <cstdlib>

@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <stdlib.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <map>
+#include <optional>
 
 #include "Emulator.h"
 #include "EmulatorSap.h"
@@ -186,6 +189,36 @@ TEST_F(EmulatorSapTest, ASecondDeviceWithTheSameSessionIdWaitsItsTurn) {
     feed(encodeSap(change));
     EXPECT_EQ(entry(m_emulator, 5), "sap://10.0.0.2:9875/5678 OK 10.0.0.2");
     EXPECT_EQ(sap.status()["heard-sessions"].asUInt64(), 1u);
+}
+
+// The loop's extensions: a timer shortens the poll to its due time, and a watched
+// descriptor's callback runs as soon as it is readable; neither needs a request.
+TEST(RequestServerLoop, TimersAndWatchedDescriptorsRunOnTime) {
+    zmq::context_t context(1);
+    RequestServer server(context, "tcp://127.0.0.1:*");
+    int pipeFds[2];
+    ASSERT_EQ(::pipe(pipeFds), 0);
+    std::vector<std::string> events;
+    server.watch(pipeFds[0], [&] {
+        char c = 0;
+        events.push_back(::read(pipeFds[0], &c, 1) == 1 ? std::string("read ") + c : "read failed");
+    });
+    std::optional<Clock::time_point> due = Clock::now() + std::chrono::milliseconds(20);
+    server.addTimer([&] { return due; },
+                    [&](Clock::time_point now) {
+                        events.push_back(now >= *due ? "timer" : "timer early");
+                        due.reset();
+                        EXPECT_EQ(::write(pipeFds[1], "x", 1), 1);
+                    });
+    std::atomic<bool> stop{false};
+    const auto start = Clock::now();
+    const auto pollLimit = std::chrono::seconds(60);
+    server.serve(stop, [](const Request&) { return Json::Value(); }, [&] { stop = events.size() == 2; },
+                 static_cast<int>(std::chrono::milliseconds(pollLimit).count()));
+    EXPECT_EQ(events, (std::vector<std::string>{"timer", "read x"}));
+    EXPECT_LT(Clock::now() - start, pollLimit / 2);  // the timer, not the poll limit, ended the wait
+    ::close(pipeFds[0]);
+    ::close(pipeFds[1]);
 }
 
 }  // namespace
