@@ -142,6 +142,10 @@ void EmulatorSap::onChange(const SapChange& change) {
         refuse("sdp-refused", "announcement " + change.url, why, m_now);
         return;
     }
+    if (known && previousId != id) {
+        // The parser may read another o= line than the directory: the old id goes.
+        m_emulator.withdrawAdvertised(previousId, key);
+    }
     m_heard[change.url] = {id, key};
     if (result == Emulator::Advertised::Waiting) {
         const AdvertisedSource* holder = m_emulator.advertisedClaims().source(id);
