@@ -101,43 +101,33 @@ void EmulatorSap::receive(const uint8_t* data, size_t size, uint16_t port, const
         return;
     }
     ++(packet.type == SapMessageType::Announce ? m_announcements : m_deletions);
-    m_feeding = &packet;
     m_now = now;
     m_directory.feed(packet, port, now);
-    m_feeding = nullptr;
 }
 
 void EmulatorSap::onChange(const SapChange& change) {
+    // The directory's session (origin and o= id) is the source's key: unlike the URL, it
+    // tells two sessions of one host apart when their hashes collide.
+    const std::string origin = change.origin.toString();
+    const std::string key = "sap " + origin + " " + change.sessionId;
+    const auto heard = m_heard.find(key);
+    const bool known = heard != m_heard.end();
+    const uint64_t previousId = known ? heard->second : 0;
     if (change.kind == SapChange::Deleted || change.kind == SapChange::Expired) {
-        const auto it = m_heard.find(change.url);
-        if (it != m_heard.end()) {
-            m_emulator.withdrawAdvertised(it->second.id, it->second.key);
-            m_heard.erase(it);
+        if (known) {
+            m_emulator.withdrawAdvertised(previousId, key);
+            m_heard.erase(heard);
         }
         return;
     }
-    // Added or Replaced, reported while the packet that brought it is fed.
-    std::string key;
     uint64_t id = 0;
-    const auto previous = m_heard.find(change.previousUrl);
-    const bool known = previous != m_heard.end();
-    if (known) {
-        key = previous->second.key;
-        id = previous->second.id;
-        m_heard.erase(previous);
-    } else {
-        SapSdpFields fields;
-        readSapSdpFields(change.sdp, fields);
-        key = "sap " + m_feeding->origin.toString() + " " + fields.sessionId;
-    }
-    const uint64_t previousId = id;
     std::string why;
-    const auto result =
-        m_emulator.advertise({{"sap", m_feeding->origin.toString(), key}, tableUrl(change.url), change.sdp}, id, why);
+    const auto result = m_emulator.advertise({{"sap", origin, key}, tableUrl(change.url), change.sdp}, id, why);
     if (result == Emulator::Advertised::Refused) {
         // A session whose new SDP is refused is no longer advertised.
         if (known) {
             m_emulator.withdrawAdvertised(previousId, key);
+            m_heard.erase(heard);
         }
         refuse("sdp-refused", "announcement " + change.url, why, m_now);
         return;
@@ -146,7 +136,7 @@ void EmulatorSap::onChange(const SapChange& change) {
         // The parser may read another o= line than the directory: the old id goes.
         m_emulator.withdrawAdvertised(previousId, key);
     }
-    m_heard[change.url] = {id, key};
+    m_heard[key] = id;
     if (result == Emulator::Advertised::Waiting) {
         const AdvertisedSource* holder = m_emulator.advertisedClaims().source(id);
         refuse("session-id-taken", "announcement " + change.url,

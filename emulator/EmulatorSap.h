@@ -85,10 +85,6 @@ private:
         std::string address;  // as bound (a group as given)
         uint16_t port;
     };
-    struct Heard {
-        uint64_t id;
-        std::string key;
-    };
 
     void drain(Listener& listener);
     void onChange(const SapChange& change);
@@ -106,10 +102,9 @@ private:
     SapDirectory m_directory;
     std::optional<SapAnnouncer> m_announcer;
     std::set<uint64_t> m_announced;
-    // The sessions heard, by directory URL: their session id and their key as a source.
-    std::unordered_map<std::string, Heard> m_heard;
-    // While the directory reports a change: the packet fed and when.
-    const SapPacket* m_feeding = nullptr;
+    // The session id of every session heard, by its key as a source.
+    std::unordered_map<std::string, uint64_t> m_heard;
+    // The time of the packet being fed, or of the expiry, while the directory reports a change.
     Clock::time_point m_now;
 
     uint64_t m_packets = 0;

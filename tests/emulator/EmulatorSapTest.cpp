@@ -162,8 +162,9 @@ TEST_F(EmulatorSapTest, RefusedPacketsAreCountedAndTheirLinesRateLimited) {
 }
 
 // Two devices announce one session id: the second waits, counted, and takes the entry over
-// when the first deletes it; its later changes replace the entry in place.
-TEST_F(EmulatorSapTest, ASecondDeviceWithTheSameSessionIdWaitsItsTurn) {
+// when the first deletes it; its later changes replace the entry in place. Two sessions of
+// one device are two entries even when their hashes, and so their URLs, collide.
+TEST_F(EmulatorSapTest, SessionsAreTheHostAndTheSessionIdNotTheUrl) {
     EmulatorSap sap(m_emulator, EmulatorSapOptions());
     UdpEndpoint from;
     const auto feed = [&](const std::string& bytes) {
@@ -189,6 +190,16 @@ TEST_F(EmulatorSapTest, ASecondDeviceWithTheSameSessionIdWaitsItsTurn) {
     feed(encodeSap(change));
     EXPECT_EQ(entry(m_emulator, 5), "sap://10.0.0.2:9875/5678 OK 10.0.0.2");
     EXPECT_EQ(sap.status()["heard-sessions"].asUInt64(), 1u);
+
+    // Two sessions of one host whose hashes collide share a URL, yet stay two sessions.
+    feed(sapAnnouncement(audioSdp(6, 1, "A2"), "10.0.0.1"));
+    feed(sapAnnouncement(audioSdp(8, 1, "A3"), "10.0.0.1"));
+    deletion.sdp = "o=- 6 1 IN IP4 10.0.0.1\r\n";
+    feed(encodeSap(deletion));
+    EXPECT_EQ(entry(m_emulator, 6), "");
+    EXPECT_EQ(entry(m_emulator, 8), "sap://10.0.0.1:9875/1234 OK 10.0.0.1");
+    sap.tick(Clock::now() + std::chrono::hours(2));
+    EXPECT_EQ(call(m_emulator, 7)["list"].size(), 0u);
 }
 
 // The loop's extensions: a timer shortens the poll to its due time, and a watched
