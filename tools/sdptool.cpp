@@ -21,7 +21,6 @@
 #include <CLI/CLI.hpp>
 
 #include "CliComplete.h"
-#include "common/AtomicFile.h"
 #include "common/ModuleOption.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
@@ -33,6 +32,7 @@
 #include "pimAvMngApi/version.h"
 #include "SdptoolSap.h"
 #include "SdptoolSupport.h"
+#include "UserDocument.h"
 
 using namespace pimav::detail;
 
@@ -49,8 +49,9 @@ std::string render(const Json::Value& value) {
 // the parser's result.
 int parseFile(const std::string& path, SdpConverter& converter, bool quietOk, bool verbose) {
     std::string text;
-    if (!readWholeFile(path, text)) {
-        std::cerr << path << ": cannot read" << std::endl;
+    std::string error;
+    if (!readUserFile(path, text, error)) {
+        std::cerr << error << std::endl;
         return -2;
     }
     ParserLog log(verbose);
@@ -117,7 +118,7 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
-        return app.exit(e) == 0 ? 0 : 2;
+        return reportParseError(app, e, argc, argv, std::cerr);
     }
 
     if (*lint) {
