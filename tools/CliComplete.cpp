@@ -15,7 +15,8 @@ bool startsWith(const std::string& text, const std::string& prefix) {
 // words fall through to.
 std::vector<const CLI::Option*> optionsIn(const CLI::App& scope) {
     std::vector<const CLI::Option*> options;
-    for (const CLI::App* app = &scope; app != nullptr; app = app->get_fallthrough() ? app->get_parent() : nullptr) {
+    for (const CLI::App* app = &scope; app != nullptr;
+         app = app->get_fallthrough() ? app->get_parent() : nullptr) {
         const auto own = app->get_options();
         options.insert(options.end(), own.begin(), own.end());
     }
@@ -110,7 +111,8 @@ int reportParseError(const CLI::App& app, const CLI::ParseError& error, int argc
     std::string message = error.what();
     // A bad value taken from the environment is named by its variable.
     const size_t colon = message.find(": ");
-    const CLI::Option* option = startsWith(message, "-") ? findOption(app, message.substr(0, colon)) : nullptr;
+    const CLI::Option* option =
+        startsWith(message, "-") ? findOption(app, message.substr(0, colon)) : nullptr;
     const char* fromEnvironment = option != nullptr && !option->get_envname().empty()
                                       ? std::getenv(option->get_envname().c_str())
                                       : nullptr;

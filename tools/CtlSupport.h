@@ -71,7 +71,8 @@ using Warn = std::function<void(const std::string&)>;
 // `document` is the user's SourceApi or DestinationApi document, read from `source` (a
 // file name for the messages); members the record ignores are named in a warning before
 // the request is sent.
-VerbOutput addSource(CtlJsonApi& api, const Json::Value& document, const std::string& source, const Warn& warn);
+VerbOutput addSource(CtlJsonApi& api, const Json::Value& document, const std::string& source,
+                     const Warn& warn);
 VerbOutput addDestination(CtlJsonApi& api, const Json::Value& document, const std::string& source,
                           const Warn& warn);
 VerbOutput clock(CtlJsonApi& api);

@@ -83,10 +83,12 @@ VerbOutput sessions(CtlJsonApi& api) {
             }
         }
     }
-    output.text = table({member("ID", 22, "id"), member("KIND", 10, "kind"),
-                         {"STREAMS", 8, [](const Json::Value& row) { return std::to_string(row["streams"].size()); }},
-                         member("NAME", 0, "name")},
-                        output.json);
+    output.text =
+        table({member("ID", 22, "id"),
+               member("KIND", 10, "kind"),
+               {"STREAMS", 8, [](const Json::Value& row) { return std::to_string(row["streams"].size()); }},
+               member("NAME", 0, "name")},
+              output.json);
     return output;
 }
 
@@ -103,10 +105,12 @@ VerbOutput advertised(CtlJsonApi& api) {
         row["in-use"] = entry.get("inuse", false).asBool();
         row["url"] = entry.get("url", "").asString();
     }
-    output.text = table({member("ID", 22, "id"), member("STATE", 8, "state"),
-                         {"IN-USE", 7, [](const Json::Value& row) { return row["in-use"].asBool() ? "yes" : "no"; }},
-                         member("URL", 0, "url")},
-                        output.json);
+    output.text =
+        table({member("ID", 22, "id"),
+               member("STATE", 8, "state"),
+               {"IN-USE", 7, [](const Json::Value& row) { return row["in-use"].asBool() ? "yes" : "no"; }},
+               member("URL", 0, "url")},
+              output.json);
     return output;
 }
 
@@ -116,8 +120,8 @@ namespace {
 // sends it with command `id` and reads the reply back into a fresh record, so that both
 // directions go through the record's form.
 template <typename Record>
-VerbOutput addSession(CtlJsonApi& api, const Json::Value& document, const std::string& source, const Warn& warn,
-                      unsigned id, const char* what) {
+VerbOutput addSession(CtlJsonApi& api, const Json::Value& document, const std::string& source,
+                      const Warn& warn, unsigned id, const char* what) {
     std::string error;
     std::string warning;
     if (!checkUserDocument(source, document, roundTripOf<Record>(), error, warning)) {
@@ -141,7 +145,8 @@ VerbOutput addSession(CtlJsonApi& api, const Json::Value& document, const std::s
 
 }  // namespace
 
-VerbOutput addSource(CtlJsonApi& api, const Json::Value& document, const std::string& source, const Warn& warn) {
+VerbOutput addSource(CtlJsonApi& api, const Json::Value& document, const std::string& source,
+                     const Warn& warn) {
     return addSession<SourceApi>(api, document, source, warn, 2, "sender configuration");
 }
 
@@ -177,8 +182,8 @@ VerbOutput clock(CtlJsonApi& api) {
          << "system:     " << json["system"].asString() << "\n"
          << "interface:  " << json["interface"].asString() << "\n"
          << "current:    " << json["current"].asString() << "\n"
-         << "counters:   current " << levels["current"].asUInt() << " min " << levels["min"].asUInt() << " max "
-         << levels["max"].asUInt() << (levels["underflow"].asBool() ? " underflow" : "")
+         << "counters:   current " << levels["current"].asUInt() << " min " << levels["min"].asUInt()
+         << " max " << levels["max"].asUInt() << (levels["underflow"].asBool() ? " underflow" : "")
          << (levels["overflow"].asBool() ? " overflow" : "") << "\n";
     output.text = text.str();
     return output;
@@ -204,7 +209,8 @@ VerbOutput files(CtlJsonApi& api) {
         row["startup"] = pos == table.getStartupPosition();
     }
     std::ostringstream text;
-    text << std::left << std::setw(5) << "POS" << std::setw(10) << "SIZE" << "NAME\n";
+    text << std::left << std::setw(5) << "POS" << std::setw(10) << "SIZE"
+         << "NAME\n";
     for (const Json::Value& row : list) {
         text << std::setw(5) << row["pos"].asUInt() << std::setw(10) << row["size"].asUInt64()
              << row["name"].asString() << (row["startup"].asBool() ? "  (start-up)" : "") << "\n";

@@ -103,14 +103,20 @@ std::string readFailure(const Json::Value& doc, const RecordRoundTrip& roundTrip
 
 const char* kindName(const Json::Value& value) {
     switch (value.type()) {
-        case Json::nullValue: return "null";
+        case Json::nullValue:
+            return "null";
         case Json::intValue:
         case Json::uintValue:
-        case Json::realValue: return "a number";
-        case Json::stringValue: return "a string";
-        case Json::booleanValue: return "true or false";
-        case Json::arrayValue: return "an array";
-        case Json::objectValue: return "an object";
+        case Json::realValue:
+            return "a number";
+        case Json::stringValue:
+            return "a string";
+        case Json::booleanValue:
+            return "true or false";
+        case Json::arrayValue:
+            return "an array";
+        case Json::objectValue:
+            return "an object";
     }
     return "a value";
 }
@@ -194,7 +200,8 @@ Unwritten classify(const Json::Value& doc, const Path& path, const RecordRoundTr
     // flag or record) makes reading fail when the record looks at the member.
     Json::Value poison(Json::arrayValue);
     poison.append(0);
-    return readFailure(withMember(doc, path, poison), roundTrip).empty() ? Unwritten::Ignored : Unwritten::Read;
+    return readFailure(withMember(doc, path, poison), roundTrip).empty() ? Unwritten::Ignored
+                                                                         : Unwritten::Read;
 }
 
 // Walks the members of `doc` beside what the record wrote from it; `report` gets each
@@ -329,8 +336,8 @@ std::string unreadableMember(const Json::Value& doc, const RecordRoundTrip& roun
     }
     Json::StreamWriterBuilder compact;
     compact["indentation"] = "";
-    return member + Json::writeString(compact, *found) + " cannot be read (" + readFailure(fault.doc, roundTrip) +
-           ")";
+    return member + Json::writeString(compact, *found) + " cannot be read (" +
+           readFailure(fault.doc, roundTrip) + ")";
 }
 
 std::vector<std::string> unknownMembers(const Json::Value& doc, const RecordRoundTrip& roundTrip) {
@@ -353,8 +360,8 @@ bool checkUserDocument(const std::string& source, const Json::Value& doc, const 
     }
     const std::vector<std::string> unknown = unknownMembers(doc, roundTrip);
     for (size_t i = 0; i < unknown.size(); ++i) {
-        warning += (i == 0 ? source + ": warning: ignored, not members of this document: " : ", ") +
-                   "\"" + unknown[i] + "\"";
+        warning += (i == 0 ? source + ": warning: ignored, not members of this document: " : ", ") + "\"" +
+                   unknown[i] + "\"";
     }
     return true;
 }

@@ -61,7 +61,8 @@ std::string daemonHost(const std::string& given) {
     if (text.rfind(scheme, 0) == 0) {
         text.erase(0, scheme.size());
     } else if (text.find("://") != std::string::npos) {
-        throw Failure(2, "--host: " + given + ": the daemon is reached over tcp:// only; give its host name or address");
+        throw Failure(2, "--host: " + given +
+                             ": the daemon is reached over tcp:// only; give its host name or address");
     }
     const size_t colon = text.find(':');
     if (colon != std::string::npos && text.find(':', colon + 1) == std::string::npos) {
@@ -239,7 +240,8 @@ int main(int argc, char** argv) {
             // Every other verb talks to the daemon; its input is checked before the link is made.
             const std::string daemon = daemonHost(host);
             const Json::Value request = verb == "send" ? requestArgument(document) : Json::Value();
-            const Json::Value userDocument = verb.rfind("add-", 0) == 0 ? jsonObjectFile(file) : Json::Value();
+            const Json::Value userDocument =
+                verb.rfind("add-", 0) == 0 ? jsonObjectFile(file) : Json::Value();
             zmq::context_t context(1);
             CtlJsonApi api(daemon, static_cast<uint32_t>(port), timeoutMs);
             if (!serverKey.empty() || !keyFile.empty()) {
@@ -291,7 +293,8 @@ int main(int argc, char** argv) {
                 output.json["saved"] = pos;
                 output.json["name"] = name;
                 output.json["startup"] = startup;
-                output.text = "running configuration saved at position " + std::to_string(pos) + " [" + name + "]\n";
+                output.text =
+                    "running configuration saved at position " + std::to_string(pos) + " [" + name + "]\n";
             } else if (verb == "load") {
                 if (loadPos == "default") {
                     body["default"] = true;

@@ -21,18 +21,18 @@
 #include <CLI/CLI.hpp>
 
 #include "CliComplete.h"
+#include "SdpExplain.h"
+#include "SdpGen.h"
+#include "SdpLint.h"
+#include "SdptoolSap.h"
+#include "SdptoolSupport.h"
+#include "UserDocument.h"
 #include "common/ModuleOption.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
-#include "SdpExplain.h"
-#include "SdpGen.h"
-#include "SdpLint.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 #include "pimAvMngApi/version.h"
-#include "SdptoolSap.h"
-#include "SdptoolSupport.h"
-#include "UserDocument.h"
 
 using namespace pimav::detail;
 

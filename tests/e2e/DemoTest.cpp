@@ -74,9 +74,11 @@ TEST(Demo, NeverTouchesADaemonItDidNotStart) {
         const auto start = std::chrono::steady_clock::now();
         const auto r = runDemo({"AVMNG_DEMO_PORT=" + port});
         const auto ms =
-            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
+            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start)
+                .count();
         EXPECT_EQ(r.status, 1) << r.out;
-        EXPECT_EQ(r.err, "demo: avmng-emulator: cannot serve on tcp://127.0.0.1:" + port + ": Address already in use\n");
+        EXPECT_EQ(r.err, "demo: avmng-emulator: cannot serve on tcp://127.0.0.1:" + port +
+                             ": Address already in use\n");
         EXPECT_EQ(r.out, "");
         EXPECT_LT(ms, 10000);
     }

@@ -47,14 +47,15 @@ std::vector<std::string> streamsOf(const Json::Value& probe) {
 // The streams ffprobe reads from the SDP file at `path`.
 std::vector<std::string> probe(const std::string& ffprobe, const std::string& path) {
     const auto r = run({ffprobe, "-v", "error", "-sdp_flags", "custom_io", "-show_entries",
-                        "stream=codec_type,codec_name,sample_rate,channels,width,height,avg_frame_rate", "-of",
-                        "json", path},
+                        "stream=codec_type,codec_name,sample_rate,channels,width,height,avg_frame_rate",
+                        "-of", "json", path},
                        10000);
     EXPECT_EQ(r.status, 0) << r.err;
     return streamsOf(parse(r.out));
 }
 
-const char* const kNoFfprobe = "ffprobe is not installed (Debian package ffmpeg): interop with FFmpeg not tested";
+const char* const kNoFfprobe =
+    "ffprobe is not installed (Debian package ffmpeg): interop with FFmpeg not tested";
 
 }  // namespace
 

@@ -101,7 +101,8 @@ TEST(ToolMessages, EachBadInputGivesOneLineAndTheDocumentedStatus) {
         const auto start = std::chrono::steady_clock::now();
         const RunResult r = run(argv, 10000);
         const auto ms =
-            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
+            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start)
+                .count();
         const std::string expected = row.stderrLine == "-" ? "" : substitute(row.stderrLine, values) + "\n";
         SCOPED_TRACE("cases.txt:" + std::to_string(row.line));
         EXPECT_EQ(r.status, row.status) << r.err;

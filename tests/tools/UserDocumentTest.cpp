@@ -39,7 +39,8 @@ TEST(UserDocument, NamesTheMemberAtFaultAndTheMembersIgnored) {
         std::string unreadable;
         std::string unknown;  // paths, space separated
     } cases[] = {
-        {&source, R"({"name":"s","audio-sources":[{"codec":"L24","ptime":1000,"channel-list":[{"channel":0}]}]})", "",
+        {&source,
+         R"({"name":"s","audio-sources":[{"codec":"L24","ptime":1000,"channel-list":[{"channel":0}]}]})", "",
          ""},
         {&source, R"({"audio-sources":[]})", "", ""},
         // A leaf, a list and a record of the wrong kind, at any depth.
@@ -49,8 +50,10 @@ TEST(UserDocument, NamesTheMemberAtFaultAndTheMembersIgnored) {
          R"(member "audio-sources[1].channel-list": an array expected, found an object)", ""},
         {&destination, R"({"rem-sid":5})", R"(member "rem-sid": an object expected, found a number)", ""},
         // A list the record would pass over without complaint is still of the wrong kind.
-        {&source, R"({"audio-sources":7})", R"(member "audio-sources": an array expected, found a number)", ""},
-        {&session, R"({"media":{"type":"AUDIO"}})", R"(member "media": an array expected, found an object)", ""},
+        {&source, R"({"audio-sources":7})", R"(member "audio-sources": an array expected, found a number)",
+         ""},
+        {&session, R"({"media":{"type":"AUDIO"}})", R"(member "media": an array expected, found an object)",
+         ""},
         // Two faults in one record: one of them is named.
         {&source, R"({"audio-sources":[{"ptime":"x","channel-freq":"y"}]})",
          R"(member "audio-sources[0].ptime": a number expected, found a string)", ""},
@@ -60,8 +63,9 @@ TEST(UserDocument, NamesTheMemberAtFaultAndTheMembersIgnored) {
         // Ignored members at any depth; members read but not written back are not ignored.
         {&source, R"({"nmae":"x","audio-sources":[{"chanel-freq":1,"channel-list":[{"chanel":1}]}]})", "",
          "audio-sources[0].chanel-freq audio-sources[0].channel-list[0].chanel nmae"},
-        {&destination, R"({"source-ip":"10.0.0.1","network-index":1,"rem-sid":{"nmos":{"sender":"a"}},"foo":1})",
-         "", "foo"},
+        {&destination,
+         R"({"source-ip":"10.0.0.1","network-index":1,"rem-sid":{"nmos":{"sender":"a"}},"foo":1})", "",
+         "foo"},
         // The tool's own keys of a session document are members; a misspelt one is not.
         {&session, R"({"media":[{"type":"VIDEO","packing-mode":"2110BPM","packing_mode":"2110GPM"}]})", "",
          "media[0].packing_mode"},
@@ -80,8 +84,9 @@ TEST(UserDocument, JsonErrorsAreOneLineWithEveryMessage) {
     } cases[] = {
         {R"({"a":1,"b":[1,2})", "line 1, column 16: Missing ',' or ']' in array declaration"},
         {R"({"a":1,"a":2})", "line 1, column 8: Duplicate key: 'a'"},
-        {"", "line 1, column 1: Syntax error: value, object or array expected.; line 1, column 1: A valid JSON "
-             "document must be either an array or an object value."},
+        {"",
+         "line 1, column 1: Syntax error: value, object or array expected.; line 1, column 1: A valid JSON "
+         "document must be either an array or an object value."},
     };
     for (const auto& c : cases) {
         Json::Value doc;
