@@ -6,6 +6,7 @@
 #include <json/json.h>
 
 #include <functional>
+#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -46,11 +47,11 @@ public:
     Failure failure(int code);
 };
 
-// What a verb prints: `json` with --json; otherwise `text`, written from `json` (empty:
-// the JSON document itself).
+// What a verb prints: `json` with --json; otherwise `text`, written from `json` (none: the
+// JSON document itself).
 struct VerbOutput {
     Json::Value json;
-    std::string text;
+    std::optional<std::string> text;
 };
 
 // Command id of a decimal number, a method name (getSessionSdp) or an enum name

@@ -258,7 +258,7 @@ int main(int argc, char** argv) {
             if (verb == "send") {
                 const int commandId = commandIdOf(command);
                 if (commandId < 0) {
-                    throw Failure(2, "unknown command '" + command + "' (see avmngctl commands)");
+                    throw Failure(2, "send: unknown daemon command '" + command + "' (see avmngctl commands)");
                 }
                 body = request;
                 output.json = api.call(static_cast<unsigned>(commandId), body, !document.empty());
@@ -323,10 +323,10 @@ int main(int argc, char** argv) {
     if (quiet) {
         return 0;
     }
-    if (json || output.text.empty()) {
+    if (json || !output.text) {
         std::cout << renderJson(output.json, !compact) << "\n";
     } else {
-        std::cout << output.text;
+        std::cout << *output.text;
     }
     return 0;
 }

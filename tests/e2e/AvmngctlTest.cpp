@@ -68,7 +68,7 @@ TEST(Avmngctl, CommandsWithoutAMethodGoByIdOrEnumName) {
         }
         const auto unknown = run({ctl(), "--port", port, "--timeout", "1", "send", row.method});
         EXPECT_EQ(unknown.status, 2) << row.method;
-        EXPECT_NE(unknown.err.find("unknown command"), std::string::npos) << unknown.err;
+        EXPECT_NE(unknown.err.find("unknown daemon command"), std::string::npos) << unknown.err;
     }
 }
 
