@@ -1,24 +1,13 @@
 #include "pimAvMngApi/adv/AdvertisementState.h"
 
-std::string AdvertisementState::toString() const {
-    switch (m_state) {
-        case OK:
-            return "OK";
-        case STALE:
-            return "Stale";
-        default:
-            return "Undefined";
-    }
-}
+#include "platform/WordTable.h"
 
-void AdvertisementState::fromString(const std::string& text) {
-    m_state = (text == "Stale") ? STALE : OK;
-}
+namespace {
 
-void AdvertisementState::Serialize(Json::Value& out) const {
-    out["status"] = toString();
-}
+// Any word other than "Stale" reads as OK.
+constexpr pimav::detail::WordRow<int32_t> kStateWords[] = {{AdvertisementState::OK, "OK"},
+                                                           {AdvertisementState::STALE, "Stale"}};
 
-void AdvertisementState::Deserialize(Json::Value& in) {
-    fromString(in.get("status", "").asString());
-}
+}  // namespace
+
+PIMAV_WORD_TYPE_MEMBERS(AdvertisementState, m_state, kStateWords, "Undefined", OK, "status", "")

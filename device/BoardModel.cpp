@@ -1,29 +1,53 @@
 #include "pimAvMngApi/device/BoardModel.h"
 
-#include <iterator>
+#include <cctype>
+#include <optional>
+#include <string_view>
 
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/WordTable.h"
 
 namespace {
 
-const char* const kModelNames[] = {
-    "BIRCH_AES67", "CEDAR_AES67",    "BIRCH_AVB",   "DAMSON",     "BIRCH_ELM", "BIRCH_FIR",
-    "GORSE_AOIP",  "BIRCH_HAZEL_IO", "IVY_AES67",   "JUNIPER",    "KAPOK",     "MAPLE",
-    "LARCH_MADI",  "LARCH_AES1616",  "LARCH_ANA88", "JUNIPER_QH",
+using pimav::detail::WordRow;
+using pimav::detail::WordUse;
+
+constexpr WordRow<BoardModelType> kModelNames[] = {
+    {BIRCH_AES67, "BIRCH_AES67"},
+    {CEDAR_AES67, "CEDAR_AES67"},
+    {BIRCH_AVB, "BIRCH_AVB"},
+    {DAMSON, "DAMSON"},
+    {BIRCH_ELM, "BIRCH_ELM"},
+    {BIRCH_FIR, "BIRCH_FIR"},
+    {GORSE_AOIP, "GORSE_AOIP"},
+    {BIRCH_HAZEL_IO, "BIRCH_HAZEL_IO"},
+    {IVY_AES67, "IVY_AES67"},
+    {JUNIPER, "JUNIPER"},
+    {KAPOK, "KAPOK"},
+    {MAPLE, "MAPLE"},
+    {LARCH_MADI, "LARCH_MADI"},
+    {LARCH_AES1616, "LARCH_AES1616"},
+    {LARCH_ANA88, "LARCH_ANA88"},
+    {JUNIPER_QH, "JUNIPER_QH"},
+    {DAMSON, "ALDER", WordUse::ReadOnly},
 };
 
-struct ModuleName {
-    BitstreamType::module_t module;
-    const char* upper;
-    const char* lower;
+// Written in upper case; read in exactly upper or exactly lower case.
+constexpr WordRow<BitstreamType::module_t> kModuleNames[] = {
+    {BitstreamType::MODULE_SDI_TR04, "SDI-TR04"},
+    {BitstreamType::MODULE_SDI_ST2110, "SDI-ST2110"},
+    {BitstreamType::MODULE_HDMI_ST2110, "HDMI-ST2110"},
+    {BitstreamType::MODULE_SDI_BIDIR_ST2110, "SDI-BIDIR-ST2110"},
 };
 
-const ModuleName kModuleNames[] = {
-    {BitstreamType::MODULE_SDI_TR04, "SDI-TR04", "sdi-tr04"},
-    {BitstreamType::MODULE_SDI_ST2110, "SDI-ST2110", "sdi-st2110"},
-    {BitstreamType::MODULE_HDMI_ST2110, "HDMI-ST2110", "hdmi-st2110"},
-    {BitstreamType::MODULE_SDI_BIDIR_ST2110, "SDI-BIDIR-ST2110", "sdi-bidir-st2110"},
-};
+bool hasUpperCase(std::string_view text) {
+    for (char c : text) {
+        if (std::isupper(static_cast<unsigned char>(c)) != 0) {
+            return true;
+        }
+    }
+    return false;
+}
 
 using VF = VideoFormat;
 // HD formats of every board with video, in the order the boards list them.
@@ -51,43 +75,26 @@ const VF::video_format_t kUhdMapleExtra[] = {
 }  // namespace
 
 std::string boardModelTypeToString(BoardModelType model) {
-    const auto index = static_cast<int32_t>(model);
-    if (index < 0 || index >= static_cast<int32_t>(std::size(kModelNames))) {
-        return "Undefined";
-    }
-    return kModelNames[index];
+    return std::string(pimav::detail::wordOf(kModelNames, model, "Undefined"));
 }
 
 bool boardModelTypeFromString(const std::string& text, BoardModelType& model) {
-    for (size_t i = 0; i < std::size(kModelNames); ++i) {
-        if (text == kModelNames[i]) {
-            model = static_cast<BoardModelType>(i);
-            return true;
-        }
+    const std::optional<BoardModelType> code = pimav::detail::codeOf(kModelNames, text);
+    if (!code) {
+        return false;
     }
-    if (text == "ALDER") {
-        model = DAMSON;
-        return true;
-    }
-    return false;
+    model = *code;
+    return true;
 }
 
 std::string BitstreamType::toString(module_t module) {
-    for (const auto& m : kModuleNames) {
-        if (m.module == module) {
-            return m.upper;
-        }
-    }
-    return "NA";
+    return std::string(pimav::detail::wordOf(kModuleNames, module, "NA"));
 }
 
 BitstreamType::module_t BitstreamType::fromString(const std::string& text) {
-    for (const auto& m : kModuleNames) {
-        if (text == m.upper || text == m.lower) {
-            return m.module;
-        }
-    }
-    return MODULE_NA;
+    const std::optional<module_t> module = hasUpperCase(text) ? pimav::detail::codeOf(kModuleNames, text)
+                                                              : pimav::detail::codeOfAnyCase(kModuleNames, text);
+    return module.value_or(MODULE_NA);
 }
 
 void BitstreamType::Serialize(Json::Value& out) const {

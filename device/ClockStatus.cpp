@@ -1,31 +1,37 @@
 #include "pimAvMngApi/device/ClockStatus.h"
 
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/WordTable.h"
+
+namespace {
+
+using pimav::detail::WordRow;
+using pimav::detail::wordOf;
+
+constexpr WordRow<int32_t> kSystemClockWords[] = {
+    {ClockStatus::SYSTEM_CLOCK_LOCKED, "LOCKED"},
+};
+constexpr WordRow<int32_t> kInterfaceClockWords[] = {
+    {ClockStatus::INTERFACE_CLOCK_LOCKED, "LOCKED"},
+    {ClockStatus::INTERFACE_CLOCK_FAIL, "FAIL"},
+};
+constexpr WordRow<int32_t> kCurrentRefWords[] = {
+    {ClockStatus::CURRENT_REF_INTERNAL_OSCILLATOR, "INTERNAL OSCILLATOR"},
+    {ClockStatus::CURRENT_REF_EXTERNAL_REFERENCE, "EXTERNAL REFERENCE"},
+};
+
+}  // namespace
 
 std::string ClockStatus::systemClockText(int32_t status) {
-    return status == SYSTEM_CLOCK_LOCKED ? "LOCKED" : "FREERUN";
+    return std::string(wordOf(kSystemClockWords, status, "FREERUN"));
 }
 
 std::string ClockStatus::interfaceClockText(int32_t status) {
-    switch (status) {
-        case INTERFACE_CLOCK_LOCKED:
-            return "LOCKED";
-        case INTERFACE_CLOCK_FAIL:
-            return "FAIL";
-        default:
-            return "ACQUIRING";
-    }
+    return std::string(wordOf(kInterfaceClockWords, status, "ACQUIRING"));
 }
 
 std::string ClockStatus::currentRefText(int32_t ref) {
-    switch (ref) {
-        case CURRENT_REF_INTERNAL_OSCILLATOR:
-            return "INTERNAL OSCILLATOR";
-        case CURRENT_REF_EXTERNAL_REFERENCE:
-            return "EXTERNAL REFERENCE";
-        default:
-            return "PTP SLAVE";
-    }
+    return std::string(wordOf(kCurrentRefWords, ref, "PTP SLAVE"));
 }
 
 int ClockStatus::getClockStatus(ClockStatus_en* system, ClockInterfaceStatus_en* iface) const {

@@ -1,47 +1,30 @@
 #include "pimAvMngApi/device/Codec.h"
 
-#include <cctype>
-#include <iterator>
-#include <utility>
+#include <string_view>
+
+#include "platform/WordTable.h"
 
 namespace {
 
-struct CodecName {
-    const char* text;   // written
-    const char* lower;  // matched after lower-casing
+// Names are read in any case.
+constexpr pimav::detail::WordRow<uint32_t> kCodecNames[] = {
+    {Codec::CODEC_AM824, "AM824"}, {Codec::CODEC_L32, "L32"}, {Codec::CODEC_L24, "L24"}, {Codec::CODEC_L16, "L16"},
+    {Codec::CODEC_SMPTE2022_6, "SMPTE2022-6"}, {Codec::CODEC_AM824_TRANSPARENT, "AM824_TRANSPARENT"},
+    {Codec::CODEC_RAW, "raw"},
 };
 
-// Indexed by the code.
-const CodecName kCodecNames[] = {
-    {"AM824", "am824"},
-    {"L32", "l32"},
-    {"L24", "l24"},
-    {"L16", "l16"},
-    {"SMPTE2022-6", "smpte2022-6"},
-    {"AM824_TRANSPARENT", "am824_transparent"},
-    {"raw", "raw"},
-};
-
-uint32_t codeOfName(std::string name) {
-    for (char& c : name) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    for (size_t i = 0; i < std::size(kCodecNames); ++i) {
-        if (name == kCodecNames[i].lower) {
-            return static_cast<uint32_t>(i);
-        }
-    }
-    return Codec::CODEC_NOT_SUPPORTED;
+uint32_t codeOfName(std::string_view name) {
+    return pimav::detail::codeOfAnyCase(kCodecNames, name).value_or(Codec::CODEC_NOT_SUPPORTED);
 }
 
 }  // namespace
 
 std::string Codec::toString(uint32_t code) {
-    return code < std::size(kCodecNames) ? kCodecNames[code].text : "Not-supported";
+    return std::string(pimav::detail::wordOf(kCodecNames, code, "Not-supported"));
 }
 
 int Codec::setCodec(std::string name) {
-    m_codec = codeOfName(std::move(name));
+    m_codec = codeOfName(name);
     return m_codec == CODEC_NOT_SUPPORTED ? -11 : 0;
 }
 

@@ -7,8 +7,10 @@
 #include <stdlib.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cerrno>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 
 #include "common/AtomicFile.h"
 #include "Emulator.h"
@@ -185,14 +187,28 @@ int Emulator::reloadAdvertised() {
         Logger::log(2, "emulator: cannot open the advertise folder %s", m_options.advertiseDir.c_str());
         return 0;
     }
+    // readdir returns null at the end and on an error alike; errno tells them apart. A
+    // listing cut short (EOVERFLOW in a 32-bit build without 64-bit file offsets) keeps the
+    // table as it is: withdrawing advertisements whose files are still there would be wrong.
     std::vector<std::string> names;
-    while (dirent* entry = ::readdir(dir)) {
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(dir);
+        if (entry == nullptr) {
+            break;
+        }
         const std::string name = entry->d_name;
         if (name.size() > 4 && name.compare(name.size() - 4, 4, ".sdp") == 0) {
             names.push_back(name);
         }
     }
+    const int listError = errno;
     ::closedir(dir);
+    if (listError != 0) {
+        Logger::log(2, "emulator: cannot list the advertise folder %s: %s", m_options.advertiseDir.c_str(),
+                    std::strerror(listError));
+        return 0;
+    }
     std::sort(names.begin(), names.end());
     std::map<std::string, uint64_t> claimed;
     int accepted = 0;

@@ -1,5 +1,8 @@
-// The enumerated-word types: each writes the word of its code and reads a word back
-// by comparing it exactly against its table, top row first.
+// The enumerated-word types: each writes the word of its code and reads a word back by
+// comparing it exactly against its word table.
+
+#include <optional>
+#include <string_view>
 
 #include "pimAvMngApi/model/DaifType.h"
 #include "pimAvMngApi/model/RedundantType.h"
@@ -8,155 +11,59 @@
 #include "pimAvMngApi/model/StreamClass.h"
 #include "pimAvMngApi/model/StreamType.h"
 #include "pimAvMngApi/model/TributaryType.h"
+#include "platform/WordTable.h"
 
-// ---- State ----
+namespace {
 
-std::string State::toString() const {
-    switch (m_value) {
-        case DISABLED:
-            return "Disabled";
-        case ENABLED:
-            return "Enabled";
-        case PAUSED:
-            return "Paused";
-        default:
-            return "Undefined";
+using pimav::detail::WordRow;
+using pimav::detail::WordUse;
+
+constexpr WordRow<int32_t> kStateWords[] = {{State::DISABLED, "Disabled"},
+                                            {State::ENABLED, "Enabled"},
+                                            {State::PAUSED, "Paused"}};
+// "ancillary" is written but not read back.
+constexpr WordRow<int32_t> kStreamTypeWords[] = {{StreamType::AUDIO, "audio"},
+                                                 {StreamType::VIDEO, "video"},
+                                                 {StreamType::ANCILLARY, "ancillary", WordUse::WrittenOnly}};
+constexpr WordRow<int32_t> kStreamClassWords[] = {{StreamClass::RECEIVER, "receiver"},
+                                                  {StreamClass::SENDER, "sender"}};
+constexpr WordRow<int32_t> kSessionTypeWords[] = {{SessionType::UNKNOWN, "unknown"},
+                                                  {SessionType::SOURCE, "source"},
+                                                  {SessionType::DESTINATION, "destination"}};
+constexpr WordRow<int32_t> kRedundantTypeWords[] = {{RedundantType::NONE, "none"},
+                                                    {RedundantType::PRIMARY, "primary"},
+                                                    {RedundantType::SECONDARY, "secondary"}};
+constexpr WordRow<int32_t> kTributaryTypeWords[] = {{TributaryType::NONE, "none"},
+                                                    {TributaryType::MULTI_2SI, "MULTI-2SI"},
+                                                    {TributaryType::MULTI_SD, "MULTI-SD"}};
+
+// The reading rule of the types whose fromString reports: 0 with `code` set, or -8 with
+// `code` kept when no row reads the word.
+template <size_t N>
+int readWord(const WordRow<int32_t> (&rows)[N], const std::string& word, int32_t& code) {
+    const std::optional<int32_t> found = pimav::detail::codeOf(rows, word);
+    if (!found) {
+        return -8;
     }
+    code = *found;
+    return 0;
 }
 
-void State::fromString(const std::string& word) {
-    if (word == "Enabled") {
-        m_value = ENABLED;
-    } else if (word == "Paused") {
-        m_value = PAUSED;
-    } else {
-        m_value = DISABLED;
-    }
-}
+}  // namespace
 
-void State::Serialize(Json::Value& out) const {
-    out["state"] = Json::Value(toString());
-}
-
-void State::Deserialize(Json::Value& in) {
-    fromString(in.get("state", "").asString());
-}
-
-// ---- StreamType ----
-
-std::string StreamType::toString() const {
-    switch (m_value) {
-        case AUDIO:
-            return "audio";
-        case VIDEO:
-            return "video";
-        case ANCILLARY:
-            return "ancillary";
-        default:
-            return "undefined";
-    }
-}
-
-void StreamType::fromString(const std::string& word) {
-    if (word == "audio") {
-        m_value = AUDIO;
-    } else if (word == "video") {
-        m_value = VIDEO;
-    }
-}
-
-void StreamType::Serialize(Json::Value& out) const {
-    out["type"] = Json::Value(toString());
-}
-
-void StreamType::Deserialize(Json::Value& in) {
-    fromString(in.get("type", "").asString());
-}
-
-// ---- StreamClass ----
-
-std::string StreamClass::toString() const {
-    switch (m_value) {
-        case RECEIVER:
-            return "receiver";
-        case SENDER:
-            return "sender";
-        default:
-            return "undefined";
-    }
-}
-
-void StreamClass::fromString(const std::string& word) {
-    if (word == "receiver") {
-        m_value = RECEIVER;
-    } else if (word == "sender") {
-        m_value = SENDER;
-    }
-}
-
-void StreamClass::Serialize(Json::Value& out) const {
-    out["class"] = Json::Value(toString());
-}
-
-void StreamClass::Deserialize(Json::Value& in) {
-    fromString(in.get("class", "").asString());
-}
-
-// ---- SessionType ----
-
-std::string SessionType::toString() const {
-    switch (m_value) {
-        case SOURCE:
-            return "source";
-        case DESTINATION:
-            return "destination";
-        default:
-            return "unknown";
-    }
-}
-
-void SessionType::fromString(const std::string& word) {
-    if (word == "source") {
-        m_value = SOURCE;
-    } else if (word == "destination") {
-        m_value = DESTINATION;
-    } else {
-        m_value = UNKNOWN;
-    }
-}
-
-void SessionType::Serialize(Json::Value& out) const {
-    out["type"] = Json::Value(toString());
-}
-
-void SessionType::Deserialize(Json::Value& in) {
-    fromString(in.get("type", "").asString());
-}
+PIMAV_WORD_TYPE_MEMBERS(State, m_value, kStateWords, "Undefined", DISABLED, "state", "")
+PIMAV_WORD_TYPE_MEMBERS(StreamType, m_value, kStreamTypeWords, "undefined", m_value, "type", "")
+PIMAV_WORD_TYPE_MEMBERS(StreamClass, m_value, kStreamClassWords, "undefined", m_value, "class", "")
+PIMAV_WORD_TYPE_MEMBERS(SessionType, m_value, kSessionTypeWords, "unknown", UNKNOWN, "type", "")
 
 // ---- RedundantType ----
 
 std::string RedundantType::toString() const {
-    switch (m_value) {
-        case PRIMARY:
-            return "primary";
-        case SECONDARY:
-            return "secondary";
-        default:
-            return "none";
-    }
+    return std::string(pimav::detail::wordOf(kRedundantTypeWords, m_value, "none"));
 }
 
 int RedundantType::fromString(const std::string& word) {
-    if (word == "none") {
-        m_value = NONE;
-    } else if (word == "primary") {
-        m_value = PRIMARY;
-    } else if (word == "secondary") {
-        m_value = SECONDARY;
-    } else {
-        return -8;
-    }
-    return 0;
+    return readWord(kRedundantTypeWords, word, m_value);
 }
 
 void RedundantType::Serialize(Json::Value& out) const {
@@ -170,27 +77,11 @@ void RedundantType::Deserialize(Json::Value& in) {
 // ---- TributaryType ----
 
 std::string TributaryType::toString() const {
-    switch (m_type) {
-        case MULTI_2SI:
-            return "MULTI-2SI";
-        case MULTI_SD:
-            return "MULTI-SD";
-        default:
-            return "none";
-    }
+    return std::string(pimav::detail::wordOf(kTributaryTypeWords, m_type, "none"));
 }
 
 int TributaryType::fromString(const std::string& word) {
-    if (word == "none") {
-        m_type = NONE;
-    } else if (word == "MULTI-2SI") {
-        m_type = MULTI_2SI;
-    } else if (word == "MULTI-SD") {
-        m_type = MULTI_SD;
-    } else {
-        return -8;
-    }
-    return 0;
+    return readWord(kTributaryTypeWords, word, m_type);
 }
 
 void TributaryType::Serialize(Json::Value& out) const {

@@ -10,10 +10,17 @@
 #include "pimAvMngApi/model/UserNotifications.h"
 #include "pimAvMngApi/model/VideoTimingParameters.h"
 #include "platform/RecordArrays.h"
+#include "platform/WordTable.h"
 
 using namespace pimav::detail;
 
 namespace {
+
+// "unset" is never read back; an empty text reads as "low_latency".
+constexpr WordRow<int32_t> kTimingModeWords[] = {
+    {VideoTimingParameters::UNSET, "unset", WordUse::WrittenOnly}, {VideoTimingParameters::FRAME_SYNC, "frame_sync"},
+    {VideoTimingParameters::LOW_LATENCY, "low_latency"}, {VideoTimingParameters::LOW_LATENCY, "", WordUse::ReadOnly},
+    {VideoTimingParameters::ST2059, "2059"}};
 
 void readAlarms(std::list<Alarm>& alarms, Json::Value& in) {
     alarms.clear();
@@ -25,18 +32,7 @@ void readAlarms(std::list<Alarm>& alarms, Json::Value& in) {
 // ---- VideoTimingParameters ----
 
 std::string VideoTimingParameters::timingModeToString() const {
-    switch (m_timing_mode) {
-        case UNSET:
-            return "unset";
-        case FRAME_SYNC:
-            return "frame_sync";
-        case LOW_LATENCY:
-            return "low_latency";
-        case ST2059:
-            return "2059";
-        default:
-            return "ERROR";
-    }
+    return std::string(wordOf(kTimingModeWords, m_timing_mode, "ERROR"));
 }
 
 void VideoTimingParameters::Serialize(Json::Value& out) const {
@@ -58,13 +54,7 @@ void VideoTimingParameters::Serialize(Json::Value& out) const {
 void VideoTimingParameters::Deserialize(Json::Value& in) {
     if (in.isMember("timing-mode")) {
         const std::string word = in.get("timing-mode", "").asString();
-        if (word == "frame_sync") {
-            m_timing_mode = FRAME_SYNC;
-        } else if (word == "low_latency" || word.empty()) {
-            m_timing_mode = LOW_LATENCY;
-        } else if (word == "2059") {
-            m_timing_mode = ST2059;
-        }
+        m_timing_mode = codeOf(kTimingModeWords, word).value_or(m_timing_mode);
     }
     const struct {
         const char* key;

@@ -9,6 +9,7 @@
 #include "pimAvMngApi/model/UdpPort.h"
 #include "pimAvMngApi/model/Vlan.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/WordTable.h"
 
 // ---- IpAddrCfg ----
 
@@ -57,14 +58,15 @@ void UdpPort::Deserialize(Json::Value& in) {
 // ---- Ssrc ----
 
 namespace {
-const char* const kSsrcWords[] = {"session-id", "asio", "manual", "unspecified"};
-}
+
+constexpr pimav::detail::WordRow<int32_t> kSsrcWords[] = {
+    {Ssrc::SESSION_ID, "session-id"}, {Ssrc::ASIO, "asio"}, {Ssrc::MANUAL, "manual"},
+    {Ssrc::UNSPECIFIED, "unspecified"}};
+
+}  // namespace
 
 std::string Ssrc::toString() const {
-    if (m_type >= SESSION_ID && m_type <= UNSPECIFIED) {
-        return kSsrcWords[m_type];
-    }
-    return "-";
+    return std::string(pimav::detail::wordOf(kSsrcWords, m_type, "-"));
 }
 
 void Ssrc::Serialize(Json::Value& out) const {
@@ -76,12 +78,7 @@ void Ssrc::Deserialize(Json::Value& in) {
     if (in.isObject()) {
         const std::string word = in.get("type", "-").asString();
         m_value = in.get("value", 0u).asUInt();
-        for (int32_t code = SESSION_ID; code <= UNSPECIFIED; ++code) {
-            if (word == kSsrcWords[code]) {
-                m_type = code;
-                break;
-            }
-        }
+        m_type = pimav::detail::codeOf(kSsrcWords, word).value_or(m_type);
     } else if (!in.isNull()) {
         // A bare number is the value itself, chosen by session id. The selection is set
         // first, so a text or array in its place still leaves "session-id" behind when

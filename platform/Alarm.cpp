@@ -1,40 +1,19 @@
 #include "pimAvMngApi/platform/Alarm.h"
 
-std::string AlarmSeverity::toString() const {
-    switch (m_value) {
-        case CLEARED:
-            return "cleared";
-        case WARNING:
-            return "warning";
-        case MINOR:
-            return "minor";
-        case MAJOR:
-            return "major";
-        case CRITICAL:
-            return "critical";
-        default:
-            return "indeterminate";
-    }
-}
+#include "platform/WordTable.h"
 
-void AlarmSeverity::fromString(const std::string& word) {
-    static const char* const kWords[] = {"cleared", "indeterminate", "warning", "minor", "major", "critical"};
-    m_value = INDETERMINATE;
-    for (int32_t code = CLEARED; code <= CRITICAL; ++code) {
-        if (word == kWords[code]) {
-            m_value = code;
-            return;
-        }
-    }
-}
+namespace {
 
-void AlarmSeverity::Serialize(Json::Value& out) const {
-    out["severity"] = Json::Value(toString());
-}
+constexpr pimav::detail::WordRow<int32_t> kSeverityWords[] = {
+    {AlarmSeverity::CLEARED, "cleared"}, {AlarmSeverity::INDETERMINATE, "indeterminate"},
+    {AlarmSeverity::WARNING, "warning"}, {AlarmSeverity::MINOR, "minor"},
+    {AlarmSeverity::MAJOR, "major"},     {AlarmSeverity::CRITICAL, "critical"},
+};
 
-void AlarmSeverity::Deserialize(Json::Value& in) {
-    fromString(in.get("severity", "indeterminate").asString());
-}
+}  // namespace
+
+PIMAV_WORD_TYPE_MEMBERS(AlarmSeverity, m_value, kSeverityWords, "indeterminate", INDETERMINATE, "severity",
+                        "indeterminate")
 
 void Alarm::Serialize(Json::Value& out) const {
     out["code"] = Json::Value(m_code);

@@ -5,16 +5,38 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/ChkLog.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
+#include "platform/ChkLog.h"
 #include "sdp/SdpBoard.h"
 #include "sdp/SdpText.h"
 
 using namespace pimav::detail;
 
-
 namespace {
+
+// The v=, o= and s= lines, which both forms begin with.
+void appendSessionHead(std::string& out, const SdpSession& session, const char* eol) {
+    appendFormat(out, "v=%d%s", session.m_protocol_version, eol);
+    appendFormat(out, "o=%s %llu %llu IN IP4 %s%s", session.m_user_name.c_str(),
+                 static_cast<unsigned long long>(session.m_session_id),
+                 static_cast<unsigned long long>(session.m_session_version),
+                 IpText(session.m_local_ip).c_str(), eol);
+    out += "s=";
+    out += session.m_info;
+    out += eol;
+}
+
+// The clock and source-filter lines of a media description, in the order both forms
+// write them.
+void appendClockAndSource(std::string& out, const SdpMedia& media, const IpText& transport, const char* eol) {
+    appendFormat(out, "a=clock-domain:PTPv2 %d%s", media.m_ptp_domain, eol);
+    appendFormat(out, "a=ts-refclk:ptp=IEEE1588-2008:%s:%d%s", media.m_ptp_gm_id.c_str(), media.m_ptp_domain,
+                 eol);
+    appendFormat(out, "a=mediaclk:direct=%u%s", media.m_media_clock, eol);
+    appendFormat(out, "a=source-filter: incl IN IP4 %s %s%s", transport.c_str(),
+                 IpText(media.m_local_ip).c_str(), eol);
+}
 
 // Float to unsigned as the device's Arm core converts: truncation toward zero,
 // saturating at the limits, NaN giving 0.
@@ -71,13 +93,7 @@ int SdpConverter::generateSdpString() {
 }
 
 int SdpConverter::generateSdpHeader(std::string& out) {
-    appendFormat(out, "v=%d\n", m_session.m_protocol_version);
-    appendFormat(out, "o=%s %llu %llu IN IP4 %s\n", m_session.m_user_name.c_str(),
-                 static_cast<unsigned long long>(m_session.m_session_id),
-                 static_cast<unsigned long long>(m_session.m_session_version), IpText(m_session.m_local_ip).c_str());
-    out += "s=";
-    out += m_session.m_info;
-    out += '\n';
+    appendSessionHead(out, m_session, "\n");
     appendFormat(out, "t=%u %u\n", m_session.m_time.m_start, m_session.m_time.m_stop);
     if (m_session.m_media.size() >= 2) {
         out += "a=group:DUP";
@@ -108,10 +124,7 @@ int SdpConverter::generateSessionMedia(std::string& out, SdpMedia& media, bool i
     }
     const IpText transport(media.m_transport_ip);
     appendFormat(out, "c=IN IP4 %s/%d\n", transport.c_str(), media.m_ttl);
-    appendFormat(out, "a=clock-domain:PTPv2 %d\n", media.m_ptp_domain);
-    appendFormat(out, "a=ts-refclk:ptp=IEEE1588-2008:%s:%d\n", media.m_ptp_gm_id.c_str(), media.m_ptp_domain);
-    appendFormat(out, "a=mediaclk:direct=%u\n", media.m_media_clock);
-    appendFormat(out, "a=source-filter: incl IN IP4 %s %s\n", transport.c_str(), IpText(media.m_local_ip).c_str());
+    appendClockAndSource(out, media, transport, "\n");
 
     if (media.m_type == SdpMedia::VIDEO) {
         VideoFormat::video_field_rate_t fieldRate{};
@@ -187,13 +200,7 @@ int SdpConverter::generateDanteSdp(std::string& out) {
     const SdpMedia& media = m_session.m_media[0];
     const SdpMediaRtpMap& map = media.m_rtp_maps[0];
     const IpText transport(media.m_transport_ip);
-    appendFormat(out, "v=%d\r\n", m_session.m_protocol_version);
-    appendFormat(out, "o=%s %llu %llu IN IP4 %s\r\n", m_session.m_user_name.c_str(),
-                 static_cast<unsigned long long>(m_session.m_session_id),
-                 static_cast<unsigned long long>(m_session.m_session_version), IpText(m_session.m_local_ip).c_str());
-    out += "s=";
-    out += m_session.m_info;
-    out += "\r\n";
+    appendSessionHead(out, m_session, "\r\n");
     appendFormat(out, "c=IN IP4 %s/%d\r\n", transport.c_str(), media.m_ttl);
     appendFormat(out, "t=%u %u\r\n", m_session.m_time.m_start, m_session.m_time.m_stop);
     appendFormat(out, "m=audio %u %s %d\r\n", media.m_udp_port, media.m_protocol.c_str(), map.m_payload_type);
@@ -202,10 +209,7 @@ int SdpConverter::generateDanteSdp(std::string& out) {
         appendFormat(out, channel == 0 ? "channel_%u" : ",channel_%u", channel);
     }
     out += "\r\n";
-    appendFormat(out, "a=clock-domain:PTPv2 %d\r\n", media.m_ptp_domain);
-    appendFormat(out, "a=ts-refclk:ptp=IEEE1588-2008:%s:%d\r\n", media.m_ptp_gm_id.c_str(), media.m_ptp_domain);
-    appendFormat(out, "a=mediaclk:direct=%u\r\n", media.m_media_clock);
-    appendFormat(out, "a=source-filter: incl IN IP4 %s %s\r\n", transport.c_str(), IpText(media.m_local_ip).c_str());
+    appendClockAndSource(out, media, transport, "\r\n");
     appendFormat(out, "a=rtpmap:%d %s/%u/%d\r\n", map.m_payload_type, map.m_codec.toString().c_str(),
                  map.m_channel_freq, map.m_number_channels);
     appendFormat(out, "a=framecount:%d\r\n", media.m_number_samples);

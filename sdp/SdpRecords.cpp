@@ -8,6 +8,7 @@
 #include "pimAvMngApi/sdp/SdpMediaRtpMap.h"
 #include "pimAvMngApi/sdp/SdpSession.h"
 #include "pimAvMngApi/sdp/SdpSessionTime.h"
+#include "platform/WordTable.h"
 #include "sdp/SdpText.h"
 
 using namespace pimav::detail;
@@ -62,25 +63,21 @@ void SdpMediaRtpMap::dump() const {
 
 // ---- SdpMedia ----
 
+namespace {
+
+constexpr WordRow<SdpMedia::Type> kMediaTypeWords[] = {
+    {SdpMedia::AUDIO, "AUDIO"},
+    {SdpMedia::VIDEO, "VIDEO"},
+};
+
+}  // namespace
+
 std::string SdpMedia::getTypeStr() const {
-    switch (m_type) {
-        case AUDIO:
-            return "AUDIO";
-        case VIDEO:
-            return "VIDEO";
-        default:
-            return "NOT_RECOGNIZED";
-    }
+    return std::string(wordOf(kMediaTypeWords, m_type, "NOT_RECOGNIZED"));
 }
 
 SdpMedia::Type SdpMedia::getTypeEnum(std::string text) {
-    if (text == "AUDIO") {
-        return AUDIO;
-    }
-    if (text == "VIDEO") {
-        return VIDEO;
-    }
-    return NOT_RECOGNIZED;
+    return codeOf(kMediaTypeWords, text).value_or(NOT_RECOGNIZED);
 }
 
 void SdpMedia::Serialize(Json::Value& out) const {

@@ -193,6 +193,13 @@ TEST(SdpParse, EdgeCases) {
              EXPECT_EQ(s.m_session_id, 123u);
              EXPECT_EQ(s.m_session_version, 8u);
          }},
+        {"id beyond 64 bits saturates, version beyond them is 0",
+         replaced(base, "o=- 123 456", "o=- 18446744073709551616 18446744073709551616"), 0, {},
+         {"trying to convert to long long out of range: 18446744073709551616"},
+         [](const SdpSession& s) {
+             EXPECT_EQ(s.m_session_id, 18446744073709551615ULL);
+             EXPECT_EQ(s.m_session_version, 0u);
+         }},
         {"non-numeric id and version", replaced(base, "o=- 123 456", "o=- x12 y"), 0, {},
          {"trying to convert to long long invalid value: y"},
          [](const SdpSession& s) {
