@@ -8,9 +8,10 @@
 //    resolution is one list call, which grows with the table);
 //  - the emulator's CPU time over the run, and its resident memory with N entries;
 //  - the time of one full getAdvertisedSessionList with N entries: typed (the records read
-//    back) and through the JSON layer, with the reply's size.
+//    back) and through the JSON layer, with the reply's size, and the CPU time it costs the
+//    emulator and the typed client (what a loaded machine does not inflate).
 //
-//   bench_sap_scale [SESSIONS [RATE]]
+//   bench_sap_scale [SESSIONS [RATE [--no-poll]]]   (--no-poll: no lists during the fill)
 
 #include <fcntl.h>
 #include <signal.h>
@@ -18,10 +19,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -75,6 +76,12 @@ double cpuSeconds(pid_t pid) {
     return static_cast<double>(utime + stime) / static_cast<double>(::sysconf(_SC_CLK_TCK));
 }
 
+double threadCpuSeconds() {
+    timespec ts{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
+    return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
+}
+
 // A line of /proc/PID/status such as "VmRSS:	  123456 kB".
 std::string statusLine(pid_t pid, const std::string& key) {
     std::ifstream status("/proc/" + std::to_string(pid) + "/status");
@@ -102,6 +109,8 @@ double percentile(std::vector<double> values, double p) {
 int main(int argc, char** argv) {
     const unsigned sessions = argc > 1 ? static_cast<unsigned>(std::atoi(argv[1])) : 10000;
     const double rate = argc > 2 ? std::atof(argv[2]) : 1000;
+    // --no-poll: no lists while the sessions arrive, for the cost of listening alone.
+    const bool polling = argc <= 3 || std::string(argv[3]) != "--no-poll";
     Logger::getInstance()->setThreshold(1);
 
     char dir[] = "/tmp/pimav-sap-scale-XXXXXX";
@@ -160,6 +169,13 @@ int main(int argc, char** argv) {
         client.init(context);
         unsigned visible = 0;
         std::vector<bool> known(sessions, false);
+        for (Json::Value counters; !polling && Clock::now() - start < std::chrono::minutes(5);) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            if (client.jsonApi.getInternalDebugInfo(counters) != 0 ||
+                counters["sap"]["packets"].asUInt64() >= sessions) {
+                return;
+            }
+        }
         while (visible < sessions && Clock::now() - start < std::chrono::minutes(5)) {
             AdvSessionsDb db;
             const auto asked = Clock::now();
@@ -191,11 +207,16 @@ int main(int argc, char** argv) {
     poller.join();
     const double cpuAfter = cpuSeconds(emulator);
     const auto fillEnd = Clock::now();
+    const std::string rssAfterFill = statusLine(emulator, "VmRSS");
 
     std::vector<double> latency;
+    std::vector<double> earlyLatency;  // the first tenth, while the lists are short
     for (unsigned i = 0; i < sessions; ++i) {
         if (seen[i] != Clock::time_point()) {
             latency.push_back(ms(seen[i] - sent[i]));
+            if (i < sessions / 10) {
+                earlyLatency.push_back(latency.back());
+            }
         }
     }
     api.jsonApi.getInternalDebugInfo(debug);
@@ -204,11 +225,15 @@ int main(int argc, char** argv) {
     // One full list, typed and through the JSON layer.
     std::vector<double> typed;
     std::vector<double> json;
+    std::vector<double> clientCpu;
     size_t replyBytes = 0;
+    const double listCpuBefore = cpuSeconds(emulator);
     for (int i = 0; i < 5; ++i) {
         AdvSessionsDb db;
         auto t = Clock::now();
+        const double threadCpu = threadCpuSeconds();
         api.getAdvertisedSessionList(&db);
+        clientCpu.push_back(1000 * (threadCpuSeconds() - threadCpu));
         typed.push_back(ms(Clock::now() - t));
         Json::Value reply;
         t = Clock::now();
@@ -218,6 +243,7 @@ int main(int argc, char** argv) {
         compact["indentation"] = "";
         replyBytes = Json::writeString(compact, reply).size();
     }
+    const double listCpu = 1000 * (cpuSeconds(emulator) - listCpuBefore) / 10;
 
     std::printf("sessions announced        %u at %.0f packets/s over %.1f s (%u send failures)\n", sessions, rate,
                 std::chrono::duration<double>(sendEnd - start).count(), failed);
@@ -229,16 +255,20 @@ int main(int argc, char** argv) {
                 static_cast<unsigned long long>(sap["heard-sessions"].asUInt64()));
     std::printf("send to visible           p50 %.1f ms  p99 %.1f ms  max %.1f ms  (%zu sessions seen)\n",
                 percentile(latency, 0.5), percentile(latency, 0.99), percentile(latency, 1.0), latency.size());
+    std::printf("  first tenth of them     p50 %.1f ms  p99 %.1f ms\n", percentile(earlyLatency, 0.5),
+                percentile(earlyLatency, 0.99));
     std::printf("list calls while filling  %zu, p50 %.1f ms, max %.1f ms\n", pollMs.size(), percentile(pollMs, 0.5),
                 percentile(pollMs, 1.0));
     std::printf("emulator CPU              %.2f s over %.1f s (%.0f%% of one core)\n", cpuAfter - cpuBefore,
                 std::chrono::duration<double>(fillEnd - start).count(),
                 100.0 * (cpuAfter - cpuBefore) / std::chrono::duration<double>(fillEnd - start).count());
-    std::printf("emulator memory           RSS %s, peak %s\n", statusLine(emulator, "VmRSS").c_str(),
-                statusLine(emulator, "VmHWM").c_str());
+    std::printf("emulator memory           RSS %s after the fill, %s after the lists below, peak %s\n",
+                rssAfterFill.c_str(), statusLine(emulator, "VmRSS").c_str(), statusLine(emulator, "VmHWM").c_str());
     std::printf("full list at %u entries  typed %.1f ms, JSON layer %.1f ms (median of 5), reply %.1f MB\n",
                 static_cast<unsigned>(debug["advertised"].asUInt()), percentile(typed, 0.5), percentile(json, 0.5),
                 static_cast<double>(replyBytes) / 1e6);
+    std::printf("  CPU time of one list    emulator %.1f ms, typed client %.1f ms (median)\n", listCpu,
+                percentile(clientCpu, 0.5));
 
     ::kill(emulator, SIGTERM);
     ::waitpid(emulator, nullptr, 0);

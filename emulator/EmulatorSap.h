@@ -57,7 +57,7 @@ public:
 
     // Opens the sockets; throws std::system_error when one cannot be set up, and
     // std::invalid_argument for an address that cannot be read. Adds the "sap" section of
-    // command 48 when SAP is in use.
+    // command 48 when SAP is in use: the emulator must not outlive this object then.
     EmulatorSap(Emulator& emulator, const EmulatorSapOptions& options);
     EmulatorSap(const EmulatorSap&) = delete;
     EmulatorSap& operator=(const EmulatorSap&) = delete;
