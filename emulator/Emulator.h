@@ -3,11 +3,13 @@
 #include <json/json.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "AdvertisedClaims.h"
 #include "common/RequestServer.h"
 #include "pimAvMngApi/api/Aes67Commands.h"
 #include "pimAvMngApi/adv/AdvSessions.h"
@@ -61,6 +63,19 @@ public:
     // files accepted.
     int reloadAdvertised();
 
+    // Advertised sessions from any source (see AdvertisedClaims): `claim` stores or
+    // refreshes the entry of its SDP's session id, or waits while another source holds that
+    // id. `id` receives the session id; `why` the reason of a refusal.
+    enum class Advertised { Stored, Waiting, Refused };
+    Advertised advertise(const AdvertisedClaim& claim, uint64_t& id, std::string& why);
+    // The source `key` withdraws its advertisement of `id`: a waiting claim takes the entry
+    // over, else it is removed (kept as stale while a receiver uses it).
+    void withdrawAdvertised(uint64_t id, const std::string& key);
+    const AdvertisedClaims& advertisedClaims() const { return m_claims; }
+
+    // A member added to the reply of command 48 (internal debug information).
+    void addDebugSection(const std::string& name, std::function<Json::Value()> section);
+
     const std::map<uint64_t, EmulatedSession>& sessions() const { return m_sessions; }
 
 private:
@@ -96,6 +111,10 @@ private:
     std::string checkUserSdp(const std::string& sdpText);
     void releaseAdvertisedUse(const EmulatedSession& session);
     bool advertisedSdp(uint64_t id, std::string& sdp, std::string& url) const;
+    // Stores `claim` in the table; false, with the reason in `why`, when it is refused.
+    bool storeAdvertised(const AdvertisedClaim& claim, std::string& why);
+    // Drops the sources of `id` once its entry has left the table.
+    void forgetIfGone(uint64_t id);
     void markAdvertisedUse(uint64_t id, bool used);
     Json::Value sessionListReply(bool senders) const;
     Json::Value gainReply(const char* table, const Request& r, unsigned command);
@@ -121,10 +140,13 @@ private:
     // positions 0..9 are the table's paths inside the configuration directory.
     CfgFileTable m_table;
 
-    // Advertised sessions, and the ids that came from files of the advertise folder
-    // (withdrawn when their file disappears).
+    // Advertised sessions, their sources, and the session id each file of the advertise
+    // folder claims (withdrawn when the file disappears).
     AdvSessions m_advertised;
-    std::set<uint64_t> m_advertised_from_files;
+    AdvertisedClaims m_claims;
+    std::map<std::string, uint64_t> m_advertised_files;
+
+    std::vector<std::pair<std::string, std::function<Json::Value()>>> m_debug_sections;
 };
 
 }  // namespace pimav::detail

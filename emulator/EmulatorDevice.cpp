@@ -298,6 +298,9 @@ Json::Value Emulator::getInternalDebugInfo(const Request&) {
     reply["next-stream-id"] = Json::UInt64(m_next_stream_id);
     reply["config-dir"] = m_options.configDir;
     reply["startup"] = m_table.getStartupPosition();
+    for (const auto& [name, section] : m_debug_sections) {
+        reply[name] = section();
+    }
     return reply;
 }
 

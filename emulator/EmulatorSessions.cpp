@@ -239,6 +239,11 @@ Json::Value Emulator::saveSdpInfo(const Request& r) {
     }
     session.sdp = checkUserSdp(doc["sdp"].asString());
     ++session.version;
+    if (session.kind == EmulatedSession::SENDER) {
+        // A sender's SDP carries its version, as the generated one does: announcements and
+        // their receivers see the change.
+        session.sdp = withSdpVersion(session.sdp, session.version);
+    }
     return acknowledgeChange();
 }
 

@@ -1,5 +1,6 @@
 #include "EmulatorSupport.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "pimAvMngApi/model/AncillaryStreamData.h"
@@ -85,6 +86,24 @@ std::string dotted(uint32_t address) {
 
 bool addressUnset(const Json::Value& v) {
     return !v.isString() || v.asString().empty() || v.asString() == "0.0.0.0";
+}
+
+std::string withSdpVersion(const std::string& sdp, uint64_t version) {
+    // o=<username> <sess-id> <sess-version> <nettype> <addrtype> <address>
+    const size_t line = sdp.rfind("o=", 0) == 0 ? 0 : sdp.find("\no=");
+    if (line == std::string::npos) {
+        return sdp;
+    }
+    const size_t lineEnd = std::min(sdp.find_first_of("\r\n", line + 1), sdp.size());
+    const size_t idStart = sdp.find(' ', line);
+    const size_t versionStart = idStart < lineEnd ? sdp.find(' ', idStart + 1) : std::string::npos;
+    if (versionStart >= lineEnd) {
+        return sdp;
+    }
+    const size_t versionEnd = std::min(sdp.find(' ', versionStart + 1), lineEnd);
+    std::string out = sdp;
+    out.replace(versionStart + 1, versionEnd - versionStart - 1, std::to_string(version));
+    return out;
 }
 
 void readThrough(IJsonSerializable& record, Json::Value doc, const std::string& refusal) {

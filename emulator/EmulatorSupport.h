@@ -31,6 +31,8 @@ Json::Value memberReply(const char* key, const Json::Value& value);
 std::string compactText(const Json::Value& value);
 std::string dotted(uint32_t address);
 bool addressUnset(const Json::Value& v);
+// `sdp` with the session version of its o= line set to `version` (unchanged without one).
+std::string withSdpVersion(const std::string& sdp, uint64_t version);
 
 // Reads `doc` through `record`; a document the record cannot read is refused with
 // kBadRequest, "<refusal>: <reason>".

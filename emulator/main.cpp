@@ -1,7 +1,8 @@
 // avmng-emulator: a stand-in for the device's AV manager daemon. It answers the 56
 // commands of the client library over ZeroMQ on loopback, keeps sessions, advertised
 // sessions, saved configurations and device settings, and persists them in a directory
-// so that a restart loses nothing.
+// so that a restart loses nothing. With --sap-* options it also learns and announces
+// sessions over SAP (EmulatorSap).
 
 #include <csignal>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Emulator.h"
+#include "EmulatorSap.h"
 #include "common/RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/version.h"
@@ -52,6 +54,8 @@ int main(int argc, char** argv) {
     app.add_option("--module", options.module, "bitstream module of the board")->capture_default_str();
     app.add_option("--local-ip", options.localAddress, "the board's own address")->capture_default_str();
     app.add_option("--log-level", logLevel, "log threshold 0..7")->capture_default_str();
+    EmulatorSapOptions sapOptions;
+    addSapOptions(app, sapOptions);
     CLI11_PARSE(app, argc, argv);
 
     Logger::getInstance()->setThreshold(logLevel);
@@ -63,8 +67,10 @@ int main(int argc, char** argv) {
 
     try {
         Emulator emulator(options);
+        EmulatorSap sap(emulator, sapOptions);
         zmq::context_t context(1);
         RequestServer server(context, bind);
+        sap.attach(server);
         Logger::log(4, "avmng-emulator: listening on %s (board %s, module %s, state in %s)", bind.c_str(),
                     options.board.c_str(), options.module.c_str(), options.configDir.c_str());
         std::cout << "avmng-emulator ready on " << bind << std::endl;
@@ -74,7 +80,9 @@ int main(int argc, char** argv) {
                 if (g_reload.exchange(false)) {
                     emulator.reloadAdvertised();
                 }
+                sap.syncSenders(EmulatorSap::Clock::now());
             });
+        sap.withdrawAll();
         Logger::log(4, "avmng-emulator: stopping after %llu requests",
                     static_cast<unsigned long long>(server.requestsServed()));
     } catch (const zmq::error_t& e) {

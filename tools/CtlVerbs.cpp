@@ -2,6 +2,8 @@
 // read back into them. Each verb gives its JSON document (printed by --json) and writes its
 // text form from that document, so both show the same facts.
 
+#include <algorithm>
+#include <cstring>
 #include <functional>
 #include <iomanip>
 #include <list>
@@ -42,6 +44,16 @@ struct Column {
 
 Column member(const char* header, int width, const char* key) {
     return {header, width, [key](const Json::Value& row) { return row[key].asString(); }};
+}
+
+// The width of a column that holds the header and every row's text member `key`, with two
+// spaces after it.
+int fitted(const char* header, const char* key, const Json::Value& rows) {
+    size_t width = std::strlen(header);
+    for (const Json::Value& row : rows) {
+        width = std::max(width, row[key].asString().size());
+    }
+    return static_cast<int>(width + 2);
 }
 
 std::string table(const std::vector<Column>& columns, const Json::Value& rows) {
@@ -96,6 +108,9 @@ VerbOutput advertised(CtlJsonApi& api) {
     Json::Value request = noRequest();
     Json::Value reply = api.call(7, request, false);
     const Json::Value& list = reply["list"];
+    // Beside the library's list, the emulator says where each entry comes from:
+    // {"<id>": {"kind": "file" or "sap", "from": the file's path or the SAP origin}}.
+    const Json::Value& sources = reply["sources"];
     VerbOutput output{Json::Value(Json::arrayValue), {}};
     for (const auto& entry : list.isObject() || list.isArray() ? list : Json::Value(Json::arrayValue)) {
         Json::Value& row = output.json.append(Json::Value(Json::objectValue));
@@ -103,13 +118,20 @@ VerbOutput advertised(CtlJsonApi& api) {
         row["id"] = entry.get("session-id-str", entry.get("id", 0).asString()).asString();
         row["state"] = entry.get("status", "").asString();
         row["in-use"] = entry.get("inuse", false).asBool();
+        row["name"] = entry["session"].isObject() ? entry["session"].get("info", "").asString() : "";
         row["url"] = entry.get("url", "").asString();
+        const Json::Value& source = sources.isObject() ? sources[row["id"].asString()] : Json::Value::nullSingleton();
+        row["source"] = source.isObject() && source["kind"].isString() && source["from"].isString()
+                            ? source
+                            : Json::Value();
     }
     output.text =
         table({member("ID", 22, "id"),
                member("STATE", 8, "state"),
                {"IN-USE", 7, [](const Json::Value& row) { return row["in-use"].asBool() ? "yes" : "no"; }},
-               member("URL", 0, "url")},
+               member("NAME", fitted("NAME", "name", output.json), "name"),
+               member("URL", fitted("URL", "url", output.json), "url"),
+               {"SOURCE", 0, [](const Json::Value& row) { return row["source"].get("from", "-").asString(); }}},
               output.json);
     return output;
 }

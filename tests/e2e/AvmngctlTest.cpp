@@ -160,10 +160,15 @@ TEST(Avmngctl, TypedVerbsWalkASessionThroughItsLife) {
     EXPECT_NE(parse(listener.out)["session-id"].asUInt64(), 0u) << listener.out;
     const auto advertised = run(ctlArgs(emulator, {"advertised"}));
     ASSERT_EQ(advertised.status, 0) << advertised.err;
-    EXPECT_NE(advertised.out.find("1311738121            OK      yes    sap://192.168.1.50:9875/studio-a"),
+    // NAME is the session name, SOURCE the file it came from.
+    EXPECT_NE(advertised.out.find("1311738121            OK      yes    Studio A stereo   sap://192.168.1.50:9875/studio-a"),
               std::string::npos)
         << advertised.out;
-    EXPECT_NE(advertised.out.find("no     rtsp://192.168.1.51:554/control-room"), std::string::npos) << advertised.out;
+    EXPECT_NE(advertised.out.find("no     Control room 8ch  rtsp://192.168.1.51:554/control-room"), std::string::npos)
+        << advertised.out;
+    EXPECT_NE(advertised.out.find("commentary.sdp  " + sourcePath("examples/advertised/commentary.sdp") + "\n"),
+              std::string::npos)
+        << advertised.out;
 
     const auto clock = run(ctlArgs(emulator, {"clock"}));
     EXPECT_NE(clock.out.find("AUTO - PTP BASED"), std::string::npos) << clock.out;
@@ -213,7 +218,7 @@ TEST(Avmngctl, EveryVerbPrintsItsJsonShape) {
         {{"send", "51"}, "{receivers,senders}"},
         {{"add-source", sender}, "{audio-sources,name,session-id}"},
         {{"sessions"}, "[id,kind,name,streams]"},
-        {{"advertised"}, "[id,in-use,state,url]"},
+        {{"advertised"}, "[id,in-use,name,source,state,url]"},
         {{"sdp", "2"}, "{id,sdp}"},
         {{"clock"}, "{counters,current,interface,reference,reference-type,system}"},
         {{"alarms"}, "{alarms,sessions}"},

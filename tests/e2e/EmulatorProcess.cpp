@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -140,6 +141,43 @@ RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
     ::waitpid(pid, &status, 0);
     result.status = killed ? -1 : waitStatus(status);
     return result;
+}
+
+Background::~Background() {
+    stop();
+    ::close(m_fds[0]);
+    ::close(m_fds[1]);
+}
+
+bool Background::waitForLines(int stream, size_t lines, int timeoutMs) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (std::count(m_text[stream].begin(), m_text[stream].end(), '\n') < static_cast<long>(lines)) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd ready{m_fds[stream], POLLIN, 0};
+        if (left.count() <= 0 || ::poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
+            return false;
+        }
+        char buffer[4096];
+        const ssize_t n = ::read(m_fds[stream], buffer, sizeof buffer);
+        if (n <= 0) {
+            return false;
+        }
+        m_text[stream].append(buffer, static_cast<size_t>(n));
+    }
+    return true;
+}
+
+int Background::stop() {
+    if (m_pid <= 0) {
+        return m_status;
+    }
+    ::kill(m_pid, SIGTERM);
+    int status = 0;
+    ::waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    m_status = waitStatus(status);
+    return m_status;
 }
 
 EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs)

@@ -35,6 +35,28 @@ pid_t spawn(const std::vector<std::string>& argv, int& outFd, int& errFd);
 // Runs a program to its end with a time limit (killed after it), capturing its output.
 RunResult run(const std::vector<std::string>& argv, int timeoutMs = 20000);
 
+// A program running beside the test, whose output is read while it runs.
+class Background {
+public:
+    explicit Background(const std::vector<std::string>& argv) : m_pid(spawn(argv, m_fds[0], m_fds[1])) {}
+    ~Background();
+    Background(const Background&) = delete;
+    Background& operator=(const Background&) = delete;
+
+    // Reads until `stream` (0 out, 1 err) holds `lines` lines; false after `timeoutMs`.
+    bool waitForLines(int stream, size_t lines, int timeoutMs);
+    const std::string& text(int stream) const { return m_text[stream]; }
+
+    // SIGTERM and wait; the exit status. What it wrote can still be read.
+    int stop();
+
+private:
+    int m_fds[2] = {-1, -1};  // before m_pid, which the constructor fills together with them
+    pid_t m_pid = -1;
+    int m_status = -1;
+    std::string m_text[2];
+};
+
 class EmulatorProcess {
 public:
     // Starts the emulator with its state in `configDir` (a new temporary directory when

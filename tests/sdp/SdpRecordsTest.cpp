@@ -129,6 +129,7 @@ TEST(SdpRecords, MissingKeysResetScalarsButVideoOnlyReadFromObject) {
     media.m_local_ip = 5;
     Json::Value in = jsonOf(R"({"local-ip": "", "video": 7})");
     media.Deserialize(in);
+    EXPECT_EQ(in, jsonOf(R"({"local-ip": "", "video": 7})"));  // members are read, never added
     EXPECT_EQ(media.m_protocol, "");
     EXPECT_EQ(media.m_ttl, 0);
     EXPECT_EQ(media.m_type, SdpMedia::NOT_RECOGNIZED);
@@ -166,6 +167,10 @@ TEST(SdpRecords, SessionJsonRoundTrip) {
     back.Serialize(again);
     EXPECT_EQ(jsonText(again), jsonText(out));
     EXPECT_EQ(back.m_media[1].m_video, session.m_media[1].m_video);
+
+    Json::Value bare = jsonOf(R"({"id": 5})");
+    back.Deserialize(bare);
+    EXPECT_EQ(bare, jsonOf(R"({"id": 5})"));  // no "time" or "media" added
 }
 
 TEST(SdpRecords, TypeTextBothWays) {
