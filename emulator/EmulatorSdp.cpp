@@ -7,7 +7,9 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <cmath>
 #include <set>
 
@@ -22,6 +24,9 @@
 namespace pimav::detail {
 
 namespace {
+
+// SDP texts are small (a SAP packet carries at most a few kilobytes).
+constexpr size_t kMaxSdpFileBytes = 64u << 10;
 
 uint32_t addressOf(const Json::Value& text) {
     IpAddress address;
@@ -129,6 +134,9 @@ void Emulator::refreshSenderSdp(EmulatedSession& session) {
 // Parses `sdpText` with the parser and its minimum check; a refusal becomes a
 // CommandError carrying every user message the check produced.
 SdpSession Emulator::parseCheckedSdp(const std::string& sdpText) {
+    if (sdpText.find('\0') != std::string::npos) {
+        throw CommandError(kBadRequest, "the SDP text must not hold a NUL character");
+    }
     ErrorAuxMsg::getInstance()->clear();
     SdpConverter converter;
     const int rc = converter.parseSdp(sdpText);
@@ -183,9 +191,13 @@ int Emulator::reloadAdvertised() {
     }
     DIR* dir = ::opendir(m_options.advertiseDir.c_str());
     if (dir == nullptr) {
-        Logger::log(2, "emulator: cannot open the advertise folder %s", m_options.advertiseDir.c_str());
+        Logger::log(2, "emulator: cannot open the advertise folder %s: %s", m_options.advertiseDir.c_str(),
+                    std::strerror(errno));
         return 0;
     }
+    char* folder = ::realpath(m_options.advertiseDir.c_str(), nullptr);
+    const std::string absoluteFolder = folder != nullptr ? folder : m_options.advertiseDir;
+    std::free(folder);
     std::vector<std::string> names;
     while (dirent* entry = ::readdir(dir)) {
         const std::string name = entry->d_name;
@@ -200,15 +212,16 @@ int Emulator::reloadAdvertised() {
     for (const auto& name : names) {
         const std::string path = m_options.advertiseDir + "/" + name;
         std::string text;
-        if (!readWholeFile(path, text)) {
-            Logger::log(2, "emulator: cannot read %s", path.c_str());
+        std::string why;
+        if (readRegularFile(path, kMaxSdpFileBytes, text, why) != FileRead::kRead) {
+            Logger::log(2, "emulator: cannot read %s: %s", path.c_str(), why.empty() ? "gone" : why.c_str());
             continue;
         }
         std::string url = percentDecode(name.substr(0, name.size() - 4));
         if (url.find("://") == std::string::npos) {
-            char* absolute = ::realpath(path.c_str(), nullptr);
-            url = "file://" + std::string(absolute != nullptr ? absolute : path.c_str());
-            std::free(absolute);
+            // A file URL without an authority (RFC 8089 "file:/path"): it names no host,
+            // so no host text is looked for in it.
+            url = "file:" + absoluteFolder + "/" + name;
         }
         session_id_t id = 0;
         bool updated = false;
@@ -223,6 +236,12 @@ int Emulator::reloadAdvertised() {
         ErrorAuxMsg::getInstance()->clear();
         if (rc != 0) {
             Logger::log(2, "emulator: advertisement %s refused (%d)", path.c_str(), rc);
+            continue;
+        }
+        if (!updated && m_advertised.size() > m_options.maxAdvertised) {
+            m_advertised.removeAdvertisedSession(id);
+            Logger::log(2, "emulator: advertisement %s refused: the table holds at most %zu entries (--max-advertised)",
+                        path.c_str(), m_options.maxAdvertised);
             continue;
         }
         seen.insert(id);

@@ -15,8 +15,6 @@ namespace pimav::detail {
 
 namespace {
 
-const char* const kSourceLists[] = {"audio-sources", "video-sources", "ancillary-sources"};
-
 const char* mediaOfList(const std::string& list) {
     if (list == "audio-sources") {
         return "audio";
@@ -34,6 +32,12 @@ unsigned sourceCount(const Json::Value& cfg) {
         count += cfg.isMember(list) ? cfg[list].size() : 0;
     }
     return count;
+}
+
+// The refusal of a configuration without any source.
+[[noreturn]] void refuseNoSource(const char* what) {
+    throw CommandError(kBadRequest, std::string(what) +
+                                        " needs at least one of \"audio-sources\", \"video-sources\", \"ancillary-sources\"");
 }
 
 }  // namespace
@@ -100,25 +104,25 @@ void Emulator::buildSenderStreams(EmulatedSession& session) {
 }
 
 Json::Value Emulator::addSourceSession(const Request& r) {
-    Json::Value cfg = normaliseSourceApi(requireDocument(r));
+    Json::Value cfg = normaliseSourceApi(documentOf(r));
     const unsigned count = sourceCount(cfg);
     if (count == 0) {
-        throw CommandError(kBadRequest, "a sender session needs at least one audio, video or ancillary source");
+        refuseNoSource("a sender session");
     }
+    requireOneLineNames(cfg, "");
     EmulatedSession session = newSession(EmulatedSession::SENDER, cfg, "Session");
     buildSenderStreams(session);
     refreshSenderSdp(session);
     Json::Value reply = normaliseSourceApi(session.config);
     session.config = reply;
     m_sessions[session.id] = session;
-    persistRunning();
     Logger::log(5, "emulator: sender session %llu [%s] added with %u streams",
                 static_cast<unsigned long long>(session.id), cfg["name"].asCString(), count);
     return reply;
 }
 
 Json::Value Emulator::updateSession(const Request& r) {
-    const Json::Value& doc = requireDocument(r);
+    const Json::Value& doc = documentOf(r);
     if (!doc["session-id"].isUInt64()) {
         throw CommandError(kBadRequest, "an update needs the \"session-id\" of the session");
     }
@@ -127,6 +131,7 @@ Json::Value Emulator::updateSession(const Request& r) {
         throw CommandError(kValueRefused, "session " + std::to_string(session.id) + " is a receiver of an advertised stream");
     }
     Json::Value cfg = normaliseSourceApi(doc);
+    requireOneLineNames(cfg, "");
     cfg["session-id"] = Json::UInt64(session.id);
     if (cfg.get("name", "").asString().empty()) {
         cfg["name"] = session.config.get("name", "").asString();
@@ -138,7 +143,6 @@ Json::Value Emulator::updateSession(const Request& r) {
         refreshSenderSdp(session);
     }
     session.config = normaliseSourceApi(session.config);
-    persistRunning();
     Logger::log(5, "emulator: session %llu updated to version %llu", static_cast<unsigned long long>(session.id),
                 static_cast<unsigned long long>(session.version));
     return emptyReply();
@@ -147,7 +151,12 @@ Json::Value Emulator::updateSession(const Request& r) {
 // ---- receiver sessions ----
 
 Json::Value Emulator::addDestinationSession(const Request& r) {
-    Json::Value cfg = normaliseDestinationApi(requireDocument(r));
+    const Json::Value& doc = documentOf(r);
+    if (!doc.isMember("user-sdp") && !doc.isMember("rem-sid")) {
+        throw CommandError(kBadRequest, "request needs the member \"rem-sid\" (an advertised session) or \"user-sdp\"");
+    }
+    Json::Value cfg = normaliseDestinationApi(doc);
+    requireOneLine(cfg["name"], "\"name\"");
     const std::string userSdp = cfg.get("user-sdp", "").asString();
     const uint64_t remote = cfg["rem-sid"].get("id", 0).asUInt64();
     const unsigned mediaIndex = cfg["rem-sid"].get("media-idx", 0).asUInt();
@@ -178,21 +187,18 @@ Json::Value Emulator::addDestinationSession(const Request& r) {
     session.sdp = sdp;
     session.streams = Json::Value(Json::arrayValue);
     session.streams.append(stream);
-    if (session.kind == EmulatedSession::RECEIVER) {
-        markAdvertisedUse(remote, true);
-    }
     m_sessions[session.id] = session;
-    persistRunning();
     Logger::log(5, "emulator: receiver session %llu [%s] added", static_cast<unsigned long long>(session.id),
                 cfg["name"].asCString());
     return cfg;
 }
 
 Json::Value Emulator::addDestinationSessionManually(const Request& r) {
-    Json::Value cfg = normaliseSourceApi(requireDocument(r));
+    Json::Value cfg = normaliseSourceApi(documentOf(r));
     if (sourceCount(cfg) == 0) {
-        throw CommandError(kBadRequest, "a receiver needs at least one stream description");
+        refuseNoSource("a receiver");
     }
+    requireOneLineNames(cfg, "");
     for (const char* list : kSourceLists) {
         if (!cfg.isMember(list)) {
             continue;
@@ -210,19 +216,14 @@ Json::Value Emulator::addDestinationSessionManually(const Request& r) {
     }
     session.config = normaliseSourceApi(session.config);
     m_sessions[session.id] = session;
-    persistRunning();
     return session.config;
 }
 
 // ---- common session commands ----
 
 Json::Value Emulator::removeSession(const Request& r) {
-    EmulatedSession& session = findSession(r);
-    const uint64_t id = session.id;
-    const EmulatedSession copy = session;
+    const uint64_t id = findSession(r).id;
     m_sessions.erase(id);
-    releaseAdvertisedUse(copy);
-    persistRunning();
     Logger::log(5, "emulator: session %llu removed", static_cast<unsigned long long>(id));
     return emptyReply();
 }
@@ -239,7 +240,7 @@ Json::Value Emulator::saveSdpInfo(const Request& r) {
     }
     session.sdp = checkUserSdp(doc["sdp"].asString());
     ++session.version;
-    return acknowledgeChange();
+    return emptyReply();
 }
 
 Json::Value Emulator::pauseResumeSession(const Request& r) {
@@ -251,7 +252,6 @@ Json::Value Emulator::pauseResumeSession(const Request& r) {
     for (auto& stream : session.streams) {
         stream["state"] = session.paused ? "Paused" : "Enabled";
     }
-    persistRunning();
     Logger::log(5, "emulator: session %llu %s", static_cast<unsigned long long>(session.id),
                 session.paused ? "paused" : "resumed");
     return emptyReply();
@@ -259,6 +259,9 @@ Json::Value Emulator::pauseResumeSession(const Request& r) {
 
 Json::Value Emulator::disconnectChannels(const Request& r) {
     EmulatedSession& session = findSession(r);
+    if (!r.document["channel-list"].isArray()) {
+        throw CommandError(kBadRequest, "request needs the array \"channel-list\"");
+    }
     ChannelList requested;
     const Json::Value wanted = throughRecord(requested, r.document["channel-list"], "\"channel-list\" cannot be read");
     unsigned removed = 0;
@@ -291,7 +294,6 @@ Json::Value Emulator::disconnectChannels(const Request& r) {
             }
         }
     }
-    persistRunning();
     return memberReply("disconnected", removed);
 }
 
