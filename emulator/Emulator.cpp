@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 #include "EmulatorSupport.h"
@@ -26,12 +28,48 @@ const Emulator::Handler Emulator::kHandlers[Aes67Commands::kCommandCount] = {
 #undef PIMAV_COMMAND
 };
 
+// The property of each handler that the transactions, and the tests of requests without
+// their members, go by: whether its command changes the device's state.
+bool Emulator::changesState(uint32_t commandId) {
+    switch (commandId) {
+        case AES67_SAVE_SDP_INFO:
+        case AES67_ADD_SOURCE_SESSION:
+        case AES67_ADD_DESTINATION_SESSION:
+        case AES67_REMOVE_SESSION:
+        case AES67_UPDATE_SESSION:
+        case AES67_FILE_SAVE_RUNNING:
+        case AES67_FILE_LOAD_TO_RUNNING:
+        case AES67_FILE_LOAD_CFG_TO_RUNNING:
+        case AES67_ADD_DESTINATION_SESSION_MANUALLY:
+        case AES67_CLK_SET_CFG:
+        case AES67_PAUSE_RESUME_SESSION:
+        case AES67_FILE_SET_STARTUP_POS:
+        case AES67_FILE_REMOVE_CFG:
+        case AES67_SET_GLOBAL_CFG:
+        case AES67_SET_SDI_PATTERN_GENERATOR_CFG:
+        case AES67_SET_HDMI_PATTERN_GENERATOR_CFG:
+        case AES67_SET_SDI_OFFSETS:
+        case AES67_SET_HDMI_AUDIO_OFFSET:
+        case AES67_RESET_SYSTEM_CLOCK_COUNTERS:
+        case AES67_REMOVE_EXTERNAL_ADVERTISEMENT:
+        case AES67_SET_INTERFACE_LOOPBACK_MODE:
+        case AES67_SET_VIDEO_REFERENCE_CFG:
+        case AES67_DISCONNECT_CHANNELS:
+        case AES67_SET_SOURCE_CHANNEL_GAIN:
+        case AES67_SET_DESTINATION_CHANNEL_GAIN:
+            return true;
+        default:
+            return false;
+    }
+}
+
 Emulator::Emulator(const EmulatorOptions& options) : m_options(options), m_settings(defaultSettings()) {
     if (m_options.configDir.empty()) {
         throw std::runtime_error("no configuration directory given");
     }
     if (!makeDirectories(m_options.configDir)) {
-        throw std::runtime_error("cannot create configuration directory " + m_options.configDir);
+        throw std::runtime_error("cannot create configuration directory " + m_options.configDir + ": " +
+                                 std::strerror(errno));
     }
     applyBoard();
     // The table takes its file paths from the board and directory just set.
@@ -105,39 +143,6 @@ void Emulator::syncAdvertisedUse(const std::map<uint64_t, EmulatedSession>& befo
     }
 }
 
-bool Emulator::changesState(uint32_t commandId) {
-    switch (commandId) {
-        case AES67_SAVE_SDP_INFO:
-        case AES67_ADD_SOURCE_SESSION:
-        case AES67_ADD_DESTINATION_SESSION:
-        case AES67_REMOVE_SESSION:
-        case AES67_UPDATE_SESSION:
-        case AES67_FILE_SAVE_RUNNING:
-        case AES67_FILE_LOAD_TO_RUNNING:
-        case AES67_FILE_LOAD_CFG_TO_RUNNING:
-        case AES67_ADD_DESTINATION_SESSION_MANUALLY:
-        case AES67_CLK_SET_CFG:
-        case AES67_PAUSE_RESUME_SESSION:
-        case AES67_FILE_SET_STARTUP_POS:
-        case AES67_FILE_REMOVE_CFG:
-        case AES67_SET_GLOBAL_CFG:
-        case AES67_SET_SDI_PATTERN_GENERATOR_CFG:
-        case AES67_SET_HDMI_PATTERN_GENERATOR_CFG:
-        case AES67_SET_SDI_OFFSETS:
-        case AES67_SET_HDMI_AUDIO_OFFSET:
-        case AES67_RESET_SYSTEM_CLOCK_COUNTERS:
-        case AES67_REMOVE_EXTERNAL_ADVERTISEMENT:
-        case AES67_SET_INTERFACE_LOOPBACK_MODE:
-        case AES67_SET_VIDEO_REFERENCE_CFG:
-        case AES67_DISCONNECT_CHANNELS:
-        case AES67_SET_SOURCE_CHANNEL_GAIN:
-        case AES67_SET_DESTINATION_CHANNEL_GAIN:
-            return true;
-        default:
-            return false;
-    }
-}
-
 Json::Value Emulator::run(const Request& r) {
     const Handler handler = kHandlers[r.commandId];
     if (!changesState(r.commandId)) {
@@ -172,9 +177,11 @@ void Emulator::commit(const Snapshot& before) {
                                               " sessions (--max-sessions)");
     }
     const std::string text = renderReply(runningDocument());
-    if (text != m_saved_running && text.size() > m_options.maxStateBytes && text.size() > m_saved_running.size()) {
+    if (text != m_saved_running && text.size() > m_options.maxStateBytes &&
+        text.size() > m_saved_running.size()) {
         throw CommandError(kDocumentTooLarge, "the running state would take " + std::to_string(text.size()) +
-                                                  " bytes, more than the " + std::to_string(m_options.maxStateBytes) +
+                                                  " bytes, more than the " +
+                                                  std::to_string(m_options.maxStateBytes) +
                                                   " the device keeps (--max-state-bytes)");
     }
     writeStateFile(m_options.configDir + "/running.json", text, m_saved_running, "the running state");
@@ -196,6 +203,5 @@ void Emulator::applyBoard() {
     SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, module));
     SystemDefaultCfg::getInstance()->setCfgFilePath(m_options.configDir);
 }
-
 
 }  // namespace pimav::detail

@@ -10,8 +10,8 @@
 
 #include "common/AtomicFile.h"
 #include "common/RequestServer.h"
-#include "pimAvMngApi/api/Aes67Commands.h"
 #include "pimAvMngApi/adv/AdvSessions.h"
+#include "pimAvMngApi/api/Aes67Commands.h"
 #include "pimAvMngApi/device/CfgFileTable.h"
 
 namespace pimav::detail {
@@ -27,9 +27,9 @@ enum EmulatorCode : int {
     kNotFound = -16,
     kEmptyStartup = -23,
     // The emulator's own codes, beyond the library's.
-    kStateNotSaved = -30,      // the state could not be written to disk; nothing changed
-    kLimitReached = -31,       // a limit of the device (sessions, advertised entries) is reached
-    kDocumentTooLarge = -32,   // a document is larger or deeper than the device keeps
+    kStateNotSaved = -30,     // the state could not be written to disk; nothing changed
+    kLimitReached = -31,      // a limit of the device (sessions, advertised entries) is reached
+    kDocumentTooLarge = -32,  // a document is larger or deeper than the device keeps
 };
 
 struct EmulatorOptions {
@@ -38,9 +38,9 @@ struct EmulatorOptions {
     std::string board = "JUNIPER";
     std::string module = "MODULE_SDI_BIDIR_ST2110";
     std::string localAddress = "192.168.10.20";
-    size_t maxSessions = 256;             // sessions the device runs at most
-    size_t maxAdvertised = 1024;          // entries of the advertised-sessions table
-    size_t maxStateBytes = 4u << 20;      // the running state as written (and so each saved one)
+    size_t maxSessions = 256;         // sessions the device runs at most
+    size_t maxAdvertised = 1024;      // entries of the advertised-sessions table
+    size_t maxStateBytes = 4u << 20;  // the running state as written (and so each saved one)
 };
 
 // One session the emulated device runs.

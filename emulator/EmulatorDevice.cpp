@@ -22,7 +22,6 @@ namespace pimav::detail {
 
 namespace {
 
-
 // Name of a pattern generator's pattern control code.
 std::string patternName(int code) {
     static const char* const kNames[] = {"colorbars", "ramp", "pathological", "black"};
@@ -301,8 +300,9 @@ Json::Value Emulator::gainReply(const char* table, const Request& r, unsigned co
     const int result = VolumeGainApi::Validate(request, command);
     if (result < 0) {
         const bool needsSession = command == 52 || command == 54;
-        refuseWithUserMessages(
-            result, needsSession && !request.isMember("session-id") ? "request needs the member \"session-id\":" : "");
+        refuseWithUserMessages(result, needsSession && !request.isMember("session-id")
+                                           ? "request needs the member \"session-id\":"
+                                           : "");
     }
     std::string key = "all";
     if (command == 52 || command == 54) {

@@ -76,13 +76,14 @@ Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
     Json::Value saved;
     std::string why;
     if (parseStateFile(positionPath(pos), saved, nullptr, why) != FileRead::kRead) {
-        throw CommandError(kNotFound, "the file of position " + std::to_string(pos) + " cannot be read: " + why);
+        throw CommandError(kNotFound,
+                           "the file of position " + std::to_string(pos) + " cannot be read: " + why);
     }
     try {
         restoreRunning(saved["running"]);
     } catch (const CommandError& e) {
-        throw CommandError(e.code(), "the file of position " + std::to_string(pos) + " is not a configuration: " +
-                                         e.what());
+        throw CommandError(
+            e.code(), "the file of position " + std::to_string(pos) + " is not a configuration: " + e.what());
     }
     Logger::log(5, "emulator: configuration %u [%s] loaded to running with %zu sessions", pos,
                 name.c_str(), m_sessions.size());
@@ -92,7 +93,8 @@ Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
 Json::Value Emulator::fileCfgLoadConfiguration(const Request& r) {
     const Json::Value& doc = documentOf(r);
     if (!doc.isMember("running") && !doc.isMember("sessions")) {
-        throw CommandError(kBadRequest, "request needs the member \"running\", or a running state with \"sessions\"");
+        throw CommandError(kBadRequest,
+                           "request needs the member \"running\", or a running state with \"sessions\"");
     }
     restoreRunning(doc.isMember("running") ? doc["running"] : doc);
     return emptyReply();

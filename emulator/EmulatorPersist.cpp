@@ -25,7 +25,9 @@ constexpr size_t kSavedFileMargin = 1u << 20;
 constexpr int kReadDepthLimit = 128;
 
 const char* kindName(EmulatedSession::Kind kind) {
-    return kind == EmulatedSession::SENDER ? "sender" : kind == EmulatedSession::RECEIVER ? "receiver" : "manual-receiver";
+    return kind == EmulatedSession::SENDER     ? "sender"
+           : kind == EmulatedSession::RECEIVER ? "receiver"
+                                               : "manual-receiver";
 }
 
 }  // namespace
@@ -92,7 +94,8 @@ void Emulator::writeStateFile(const std::string& path, const std::string& text, 
 void Emulator::persistTableMeta() {
     Json::Value meta;
     meta["startup"] = m_table.getStartupPosition();
-    writeStateFile(m_options.configDir + "/startup.json", renderReply(meta), m_saved_meta, "the start-up position");
+    writeStateFile(m_options.configDir + "/startup.json", renderReply(meta), m_saved_meta,
+                   "the start-up position");
 }
 
 Json::Value Emulator::mergeSetting(const Request& r, const char* key) {
@@ -106,14 +109,16 @@ Json::Value Emulator::mergeSetting(const Request& r, const char* key) {
 void Emulator::setAside(const std::string& path, const std::string& why) {
     const std::string aside = path + ".bad";
     if (std::rename(path.c_str(), aside.c_str()) == 0) {
-        Logger::log(2, "emulator: set aside unreadable file %s as %s: %s", path.c_str(), aside.c_str(), why.c_str());
+        Logger::log(2, "emulator: set aside unreadable file %s as %s: %s", path.c_str(), aside.c_str(),
+                    why.c_str());
     } else {
-        Logger::log(2, "emulator: ignoring unreadable file %s (%s), which cannot be set aside: %s", path.c_str(),
-                    why.c_str(), std::strerror(errno));
+        Logger::log(2, "emulator: ignoring unreadable file %s (%s), which cannot be set aside: %s",
+                    path.c_str(), why.c_str(), std::strerror(errno));
     }
 }
 
-FileRead Emulator::parseStateFile(const std::string& path, Json::Value& doc, size_t* size, std::string& why) const {
+FileRead Emulator::parseStateFile(const std::string& path, Json::Value& doc, size_t* size,
+                                  std::string& why) const {
     std::string text;
     const FileRead read = readRegularFile(path, m_options.maxStateBytes + kSavedFileMargin, text, why);
     if (read != FileRead::kRead) {

@@ -8,9 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <cmath>
 #include <set>
 
 #include "common/AtomicFile.h"
@@ -240,8 +240,10 @@ int Emulator::reloadAdvertised() {
         }
         if (!updated && m_advertised.size() > m_options.maxAdvertised) {
             m_advertised.removeAdvertisedSession(id);
-            Logger::log(2, "emulator: advertisement %s refused: the table holds at most %zu entries (--max-advertised)",
-                        path.c_str(), m_options.maxAdvertised);
+            Logger::log(
+                2,
+                "emulator: advertisement %s refused: the table holds at most %zu entries (--max-advertised)",
+                path.c_str(), m_options.maxAdvertised);
             continue;
         }
         seen.insert(id);

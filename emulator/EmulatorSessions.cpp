@@ -36,8 +36,10 @@ unsigned sourceCount(const Json::Value& cfg) {
 
 // The refusal of a configuration without any source.
 [[noreturn]] void refuseNoSource(const char* what) {
-    throw CommandError(kBadRequest, std::string(what) +
-                                        " needs at least one of \"audio-sources\", \"video-sources\", \"ancillary-sources\"");
+    throw CommandError(
+        kBadRequest,
+        std::string(what) +
+            " needs at least one of \"audio-sources\", \"video-sources\", \"ancillary-sources\"");
 }
 
 }  // namespace
@@ -153,7 +155,8 @@ Json::Value Emulator::updateSession(const Request& r) {
 Json::Value Emulator::addDestinationSession(const Request& r) {
     const Json::Value& doc = documentOf(r);
     if (!doc.isMember("user-sdp") && !doc.isMember("rem-sid")) {
-        throw CommandError(kBadRequest, "request needs the member \"rem-sid\" (an advertised session) or \"user-sdp\"");
+        throw CommandError(kBadRequest,
+                           "request needs the member \"rem-sid\" (an advertised session) or \"user-sdp\"");
     }
     Json::Value cfg = normaliseDestinationApi(doc);
     requireOneLine(cfg["name"], "\"name\"");

@@ -137,7 +137,8 @@ Json::Value gains(const Json::Value& given, const Json::Value&, const std::strin
             const Json::Value& entry = objectOf(given[table][position], entryAt);
             if (!entry["position"].isInt() || std::to_string(entry["position"].asInt()) != position ||
                 !entry["channel-gain"].isDouble() || !entry["mute"].isBool()) {
-                refuse(entryAt, "must be {\"position\": " + position + ", \"channel-gain\": number, \"mute\": boolean}");
+                refuse(entryAt, "must be {\"position\": " + position +
+                                    ", \"channel-gain\": number, \"mute\": boolean}");
             }
             Json::Value& kept = out[table][position];
             kept["position"] = entry["position"].asInt();
@@ -148,12 +149,14 @@ Json::Value gains(const Json::Value& given, const Json::Value&, const std::strin
     return out;
 }
 
-using SettingReader = Json::Value (*)(const Json::Value& given, const Json::Value& current, const std::string& where);
+using SettingReader = Json::Value (*)(const Json::Value& given, const Json::Value& current,
+                                      const std::string& where);
 
 // One reader per member of defaultSettings().
 const std::map<std::string, SettingReader>& settingReaders() {
     static const std::map<std::string, SettingReader> readers = {
-        {"clock", [](const Json::Value& g, const Json::Value&, const std::string& w) { return record<ClockConfig>(g, w); }},
+        {"clock", [](const Json::Value& g, const Json::Value&,
+                     const std::string& w) { return record<ClockConfig>(g, w); }},
         {"global", recordOver<AvGlobalCfg>},
         {"sdi-pattern", sdiPatterns},
         {"hdmi-pattern", hdmiPattern},
@@ -163,11 +166,13 @@ const std::map<std::string, SettingReader>& settingReaders() {
              return throughRecord(list, arrayOf(g, w), w + " cannot be read");
          }},
         {"hdmi-audio-offset", recordOver<HdmiAudioOffset>},
-        {"loopback", [](const Json::Value& g, const Json::Value&, const std::string& w) { return eachRecord<InterfaceLoopBack>(g, w); }},
+        {"loopback", [](const Json::Value& g, const Json::Value&,
+                        const std::string& w) { return eachRecord<InterfaceLoopBack>(g, w); }},
         {"video-ref", recordOver<VideoRefOutputCfg>},
         {"source-gains", gains},
         {"destination-gains", gains},
-        {"alarms", [](const Json::Value& g, const Json::Value&, const std::string& w) { return eachRecord<Alarm>(g, w); }},
+        {"alarms", [](const Json::Value& g, const Json::Value&,
+                      const std::string& w) { return eachRecord<Alarm>(g, w); }},
     };
     return readers;
 }

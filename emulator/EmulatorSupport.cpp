@@ -72,7 +72,8 @@ void requireOneLineNames(const Json::Value& config, const std::string& where) {
     for (const char* list : kSourceLists) {
         const Json::Value& sources = config[list];
         for (Json::Value::ArrayIndex i = 0; sources.isArray() && i < sources.size(); ++i) {
-            requireOneLine(sources[i]["name"], memberPath(memberPath(where, list) + "[" + std::to_string(i) + "]", "name"));
+            requireOneLine(sources[i]["name"],
+                           memberPath(memberPath(where, list) + "[" + std::to_string(i) + "]", "name"));
         }
     }
 }

@@ -10,7 +10,9 @@
 #include <CLI/CLI.hpp>
 
 #include "Emulator.h"
+#include "common/ModuleOption.h"
 #include "common/RequestServer.h"
+#include "pimAvMngApi/device/BoardModel.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/version.h"
 
@@ -49,12 +51,24 @@ int main(int argc, char** argv) {
         ->check(CLI::ExistingDirectory);
     app.add_option("--config-dir", options.configDir, "folder of saved configurations and running state")
         ->capture_default_str();
-    app.add_option("--board", options.board, "board model (JUNIPER, JUNIPER_QH, DAMSON, ...)")->capture_default_str();
-    app.add_option("--module", options.module, "bitstream module of the board")->capture_default_str();
+    app.add_option("--board", options.board, "board model (JUNIPER, JUNIPER_QH, DAMSON, ...)")
+        ->capture_default_str()
+        ->check([](const std::string& text) {
+            BoardModelType model;
+            return boardModelTypeFromString(text, model) ? std::string() : "unknown board model " + text;
+        });
+    app.add_option("--module", options.module, "bitstream module of the board")
+        ->capture_default_str()
+        ->check([](const std::string& text) {
+            BitstreamType::module_t module;
+            return moduleFromOption(text, module) ? std::string() : "unknown board module " + text;
+        });
     app.add_option("--local-ip", options.localAddress, "the board's own address")
         ->capture_default_str()
         ->check(CLI::ValidIPV4);
-    app.add_option("--log-level", logLevel, "log threshold 0..7")->capture_default_str()->check(CLI::Range(0, 7));
+    app.add_option("--log-level", logLevel, "log threshold 0..7")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 7));
     app.add_option("--max-sessions", options.maxSessions, "sessions the device runs at most")
         ->capture_default_str()
         ->check(CLI::PositiveNumber);

@@ -17,10 +17,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "pimAvMngApi/device/BoardModel.h"
+#include "FuzzSupport.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
-#include "pimAvMngApi/platform/Logger.h"
-#include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 #include "sdp/SdpBoard.h"
 
@@ -33,16 +31,9 @@ void require(bool holds, const char* invariant, const std::string& text) {
     }
 }
 
-const BoardModel& boardFor(uint8_t selector) {
-    static const BoardModel boards[] = {
-        BoardModel(DAMSON, BitstreamType::MODULE_SDI_TR04),
-        BoardModel(MAPLE, BitstreamType::MODULE_SDI_ST2110),
-        BoardModel(BIRCH_AES67, BitstreamType::MODULE_NA),
-    };
-    return boards[selector % 3];
+std::string text(FuzzedDataProvider& in) {
+    return in.ConsumeRandomLengthString(24);
 }
-
-std::string text(FuzzedDataProvider& in) { return in.ConsumeRandomLengthString(24); }
 
 SdpMedia mediaFrom(FuzzedDataProvider& in) {
     SdpMedia media;
@@ -111,15 +102,10 @@ size_t count(const std::string& text, const std::string& needle) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool configured = [] {
-        Logger::getInstance()->setThreshold(7);
-        Logger::getInstance()->setSink([](int, const std::string&) {});
-        return true;
-    }();
-    (void)configured;
+    fuzzing::formatEveryLogLine();
 
     FuzzedDataProvider in(data, size);
-    SystemDefaultCfg::getInstance()->setBoardModel(boardFor(in.ConsumeIntegral<uint8_t>()));
+    fuzzing::selectBoard(in.ConsumeIntegral<uint8_t>());
     SdpSession session;
     session.m_protocol_version = in.ConsumeIntegral<uint8_t>();
     if (in.ConsumeBool()) {
@@ -149,7 +135,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     size_t start = 0;
     for (size_t end = generated.find('\n'); end != std::string::npos; end = generated.find('\n', start)) {
         const std::string line = generated.substr(start, end - start);
-        require(line.size() >= 2 && line[0] >= 'a' && line[0] <= 'z' && line[1] == '=', "lines are x=...", line);
+        require(line.size() >= 2 && line[0] >= 'a' && line[0] <= 'z' && line[1] == '=', "lines are x=...",
+                line);
         mediaLines += line.compare(0, 2, "m=") == 0 ? 1 : 0;
         holdingM += line.find("m=") != std::string::npos ? 1 : 0;
         ++lines;

@@ -41,8 +41,8 @@ const char* firstBroken(std::initializer_list<TextField> fields) {
 
 // The first text field of the session lines that would break its line, or nullptr.
 const char* brokenHeaderField(const SdpSession& session) {
-    if (const char* field = firstBroken({{true, "session user name", session.m_user_name},
-                                         {true, "session name", session.m_info}})) {
+    if (const char* field = firstBroken(
+            {{true, "session user name", session.m_user_name}, {true, "session name", session.m_info}})) {
         return field;
     }
     if (session.m_media.size() >= 2) {

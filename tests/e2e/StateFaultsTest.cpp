@@ -40,7 +40,8 @@ std::vector<std::string> readOnlyMount(const std::string& dir) {
     if (::geteuid() != 0) {
         wrapper.emplace_back("--map-root-user");
     }
-    wrapper.insert(wrapper.end(), {"--mount", "/bin/sh", "-c", "mount --bind -o ro \"$0\" \"$0\" && exec \"$@\"", dir});
+    wrapper.insert(wrapper.end(),
+                   {"--mount", "/bin/sh", "-c", "mount --bind -o ro \"$0\" \"$0\" && exec \"$@\"", dir});
     return wrapper;
 }
 
@@ -77,7 +78,10 @@ TEST(StateFaultsTest, NoRequestOrFileStopsTheDaemonOrLosesAcknowledgedState) {
         {"command 12 with a number as configuration, then the lists",
          {},
          false,
-         {{12, R"({"sessions":[{"id":7,"config":5}]})", -13}, {5, "", 0}, {15, R"({"id":1})", 0}, {50, "", 0}},
+         {{12, R"({"sessions":[{"id":7,"config":5}]})", -13},
+          {5, "", 0},
+          {15, R"({"id":1})", 0},
+          {50, "", 0}},
          nullptr,
          [](const EmulatorProcess& e) { EXPECT_EQ(e.call(50)["list"].size(), 1u); }},
         {"a sender added and a position saved with the state folder read-only",
@@ -120,7 +124,8 @@ TEST(StateFaultsTest, NoRequestOrFileStopsTheDaemonOrLosesAcknowledgedState) {
          {},
          [](const std::string& dir) {
              std::ofstream(dir + "/sdiBiDirConfig3.json")
-                 << R"({"name":"deep","running":{"sessions":[],"settings":{"hdmi-pattern":)" + nested(999) + "}}}";
+                 << R"({"name":"deep","running":{"sessions":[],"settings":{"hdmi-pattern":)" + nested(999) +
+                        "}}}";
              std::ofstream(dir + "/startup.json") << R"({"startup":"x"})";
              std::ofstream(dir + "/running.json.tmpQ1w2E3") << "{";
          },
@@ -136,7 +141,8 @@ TEST(StateFaultsTest, NoRequestOrFileStopsTheDaemonOrLosesAcknowledgedState) {
     for (const Fault& fault : faults) {
         SCOPED_TRACE(fault.name);
         if (fault.readOnly && !canMount) {
-            std::cout << "[ SKIPPED  ] " << fault.name << ": no read-only bind mount here (unshare refused)\n";
+            std::cout << "[ SKIPPED  ] " << fault.name
+                      << ": no read-only bind mount here (unshare refused)\n";
             continue;
         }
         const std::string dir = makeTempDir("faults");
@@ -146,9 +152,11 @@ TEST(StateFaultsTest, NoRequestOrFileStopsTheDaemonOrLosesAcknowledgedState) {
             ASSERT_TRUE(before.call(2, parse(kSender))["session-id"].isUInt64());
         }
         {
-            EmulatorProcess emulator(dir, fault.options, fault.readOnly ? readOnlyMount(dir) : std::vector<std::string>{});
+            EmulatorProcess emulator(dir, fault.options,
+                                     fault.readOnly ? readOnlyMount(dir) : std::vector<std::string>{});
             for (const Step& step : fault.steps) {
-                const Json::Value reply = emulator.call(step.id, step.request.empty() ? Json::Value() : parse(step.request));
+                const Json::Value reply =
+                    emulator.call(step.id, step.request.empty() ? Json::Value() : parse(step.request));
                 ASSERT_TRUE(reply.isObject()) << "no reply to command " << step.id;
                 EXPECT_EQ(reply.get("error", Json::Value()).get("code", 0).asInt(), step.code)
                     << "command " << step.id << ": " << compact(reply).substr(0, 300);
@@ -186,6 +194,7 @@ TEST(EmulatorUsage, BadOptionsAreRefusedAtStartWithStatusTwo) {
         {{"--local-ip", "300.1.1.1"}, "--local-ip"},
         {{"--log-level", "99"}, "--log-level"},
         {{"--max-sessions", "0"}, "--max-sessions"},
+        {{"--board", "NOPE"}, "unknown board model NOPE"},
         {{"--frobnicate"}, "--frobnicate"},
     };
     for (const Case& c : cases) {

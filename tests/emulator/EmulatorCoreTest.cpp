@@ -133,7 +133,8 @@ TEST(EmulatorState, AdvertiseFolderRefusalsAreLoggedAndSkipped) {
     const char* const good[] = {"commentary.sdp", "rtsp:%2F%2F192.168.1.51:554%2Fcontrol-room.sdp",
                                 "sap:%2F%2F192.168.1.50:9875%2Fstudio-a.sdp"};
     for (const char* name : good) {
-        std::ofstream(dir + "/" + name) << fileText(PIMAV_SOURCE_DIR "/examples/advertised/" + std::string(name));
+        std::ofstream(dir + "/" + name)
+            << fileText(PIMAV_SOURCE_DIR "/examples/advertised/" + std::string(name));
     }
     ASSERT_EQ(::mkfifo((dir + "/fifo.sdp").c_str(), 0644), 0);
     ASSERT_EQ(::symlink("/dev/zero", (dir + "/zero.sdp").c_str()), 0);
