@@ -120,6 +120,9 @@ private:
     std::string checkUserSdp(const std::string& sdpText);
     // Marks the advertised sessions that receivers started or stopped using since `before`.
     void syncAdvertisedUse(const std::map<uint64_t, EmulatedSession>& before);
+    // After an entry was added (`updated` false) or refreshed from `source`: a new entry
+    // beyond --max-advertised is withdrawn again and logged. False when it was.
+    bool keptWithinLimit(uint64_t id, bool updated, const std::string& source);
     bool advertisedSdp(uint64_t id, std::string& sdp, std::string& url) const;
     void markAdvertisedUse(uint64_t id, bool used);
     Json::Value sessionListReply(bool senders) const;

@@ -238,12 +238,7 @@ int Emulator::reloadAdvertised() {
             Logger::log(2, "emulator: advertisement %s refused (%d)", path.c_str(), rc);
             continue;
         }
-        if (!updated && m_advertised.size() > m_options.maxAdvertised) {
-            m_advertised.removeAdvertisedSession(id);
-            Logger::log(
-                2,
-                "emulator: advertisement %s refused: the table holds at most %zu entries (--max-advertised)",
-                path.c_str(), m_options.maxAdvertised);
+        if (!keptWithinLimit(id, updated, path)) {
             continue;
         }
         seen.insert(id);
@@ -258,6 +253,16 @@ int Emulator::reloadAdvertised() {
     m_advertised_from_files = seen;
     Logger::log(5, "emulator: %d advertised sessions loaded from %s", accepted, m_options.advertiseDir.c_str());
     return accepted;
+}
+
+bool Emulator::keptWithinLimit(uint64_t id, bool updated, const std::string& source) {
+    if (updated || m_advertised.size() <= m_options.maxAdvertised) {
+        return true;
+    }
+    m_advertised.removeAdvertisedSession(id);
+    Logger::log(2, "emulator: advertisement %s refused: the table holds at most %zu entries (--max-advertised)",
+                source.c_str(), m_options.maxAdvertised);
+    return false;
 }
 
 bool Emulator::advertisedSdp(uint64_t id, std::string& sdp, std::string& url) const {
