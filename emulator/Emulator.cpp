@@ -92,7 +92,7 @@ Json::Value Emulator::handle(const Request& request) {
 
 // ---- helpers ----
 
-EmulatedSession& Emulator::findSession(const Request& r, const char* key) {
+const EmulatedSession& Emulator::findSession(const Request& r, const char* key) const {
     const uint64_t id = requireId(r, key);
     if (id == 0) {
         throw CommandError(kSessionIdZero, "session id 0 names no session");
@@ -104,6 +104,39 @@ EmulatedSession& Emulator::findSession(const Request& r, const char* key) {
     return it->second;
 }
 
+EmulatedSession& Emulator::changeSession(uint64_t id) {
+    const auto it = m_sessions.find(id);
+    if (m_in_transaction && !m_undo.all && m_undo.changed.count(id) == 0) {
+        m_undo.changed[id] = it != m_sessions.end() ? std::optional<EmulatedSession>(it->second) : std::nullopt;
+    }
+    EmulatedSession& session = m_sessions[id];
+    session.rendered.clear();
+    return session;
+}
+
+void Emulator::replaceSessions(std::map<uint64_t, EmulatedSession> sessions) {
+    if (m_in_transaction && !m_undo.all) {
+        rollBackSessions();
+        m_undo.all = std::move(m_sessions);
+    }
+    m_sessions = std::move(sessions);
+}
+
+void Emulator::rollBackSessions() {
+    if (m_undo.all) {
+        m_sessions = std::move(*m_undo.all);
+    } else {
+        for (auto& [id, old] : m_undo.changed) {
+            if (old) {
+                m_sessions[id] = std::move(*old);
+            } else {
+                m_sessions.erase(id);
+            }
+        }
+    }
+    m_undo = SessionUndo();
+}
+
 uint64_t Emulator::allocateSessionId() {
     while (m_sessions.count(m_next_session_id) != 0 || m_next_session_id == 0) {
         ++m_next_session_id;
@@ -113,12 +146,9 @@ uint64_t Emulator::allocateSessionId() {
 
 uint64_t Emulator::allocateStreamId() { return m_next_stream_id++; }
 
-namespace {
-
-// The advertised sessions that the receivers among `sessions` take their stream from.
-std::set<uint64_t> advertisedInUse(const std::map<uint64_t, EmulatedSession>& sessions) {
+std::set<uint64_t> Emulator::advertisedInUse() const {
     std::set<uint64_t> ids;
-    for (const auto& [id, s] : sessions) {
+    for (const auto& [id, s] : m_sessions) {
         if (s.kind == EmulatedSession::RECEIVER) {
             ids.insert(s.config["rem-sid"].get("id", 0).asUInt64());
         }
@@ -126,17 +156,14 @@ std::set<uint64_t> advertisedInUse(const std::map<uint64_t, EmulatedSession>& se
     return ids;
 }
 
-}  // namespace
-
-void Emulator::syncAdvertisedUse(const std::map<uint64_t, EmulatedSession>& before) {
-    const std::set<uint64_t> was = advertisedInUse(before);
-    const std::set<uint64_t> now = advertisedInUse(m_sessions);
+void Emulator::syncAdvertisedUse(const std::set<uint64_t>& before) {
+    const std::set<uint64_t> now = advertisedInUse();
     for (uint64_t id : now) {
-        if (was.count(id) == 0) {
+        if (before.count(id) == 0) {
             markAdvertisedUse(id, true);
         }
     }
-    for (uint64_t id : was) {
+    for (uint64_t id : before) {
         if (now.count(id) == 0) {
             markAdvertisedUse(id, false);
         }
@@ -148,13 +175,18 @@ Json::Value Emulator::run(const Request& r) {
     if (!changesState(r.commandId)) {
         return (this->*handler)(r);
     }
-    Snapshot before{m_sessions, m_next_session_id, m_next_stream_id, m_settings, m_clock_counters, m_table};
+    Snapshot before{m_sessions.size(), m_next_session_id, m_next_stream_id, m_settings,
+                    m_clock_counters, m_table, advertisedInUse()};
+    m_in_transaction = true;
     try {
         Json::Value reply = (this->*handler)(r);
         commit(before);
+        m_in_transaction = false;
+        m_undo = SessionUndo();
         return reply;
     } catch (...) {
-        m_sessions = std::move(before.sessions);
+        rollBackSessions();
+        m_in_transaction = false;
         m_next_session_id = before.nextSessionId;
         m_next_stream_id = before.nextStreamId;
         m_settings = std::move(before.settings);
@@ -172,11 +204,11 @@ void Emulator::commit(const Snapshot& before) {
             gains.removeMember(key);
         }
     }
-    if (m_sessions.size() > m_options.maxSessions && m_sessions.size() > before.sessions.size()) {
+    if (m_sessions.size() > m_options.maxSessions && m_sessions.size() > before.sessionCount) {
         throw CommandError(kLimitReached, "the device runs at most " + std::to_string(m_options.maxSessions) +
                                               " sessions (--max-sessions)");
     }
-    const std::string text = renderReply(runningDocument());
+    const std::string text = runningText();
     if (text != m_saved_running && text.size() > m_options.maxStateBytes &&
         text.size() > m_saved_running.size()) {
         throw CommandError(kDocumentTooLarge, "the running state would take " + std::to_string(text.size()) +
@@ -185,7 +217,7 @@ void Emulator::commit(const Snapshot& before) {
                                                   " the device keeps (--max-state-bytes)");
     }
     writeStateFile(m_options.configDir + "/running.json", text, m_saved_running, "the running state");
-    syncAdvertisedUse(before.sessions);
+    syncAdvertisedUse(before.advertisedInUse);
 }
 
 void Emulator::applyBoard() {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -53,6 +54,9 @@ struct EmulatedSession {
     Json::Value config;   // the request document as the device completed it
     std::string sdp;      // the session's SDP text
     Json::Value streams;  // array of stream documents (StreamData JSON forms)
+    // Its text in the running state, rendered once and kept until the session changes
+    // (Emulator::changeSession empties it).
+    mutable std::string rendered;
 };
 
 // The emulated device: its state and one handler per command id. Every handler either
@@ -81,14 +85,22 @@ private:
     using Handler = Json::Value (Emulator::*)(const Request&);
     static const Handler kHandlers[Aes67Commands::kCommandCount];
 
-    // What a state-changing command may change, copied before it runs.
+    // What a state-changing command may change, copied before it runs; the sessions,
+    // which may be many, are recorded as the command changes them (m_undo).
     struct Snapshot {
-        std::map<uint64_t, EmulatedSession> sessions;
+        size_t sessionCount;
         uint64_t nextSessionId;
         uint64_t nextStreamId;
         Json::Value settings;
         Json::Value clockCounters;
         CfgFileTable table;
+        std::set<uint64_t> advertisedInUse;
+    };
+    // The sessions as they were before the running transaction changed them: all of them
+    // once replaced, else the old value of each one changed (none: it did not exist).
+    struct SessionUndo {
+        std::optional<std::map<uint64_t, EmulatedSession>> all;
+        std::map<uint64_t, std::optional<EmulatedSession>> changed;
     };
     // Runs the handler of `r`, as a transaction when the command changes state.
     Json::Value run(const Request& r);
@@ -104,7 +116,12 @@ private:
 
     // Helpers.
     void applyBoard();
-    EmulatedSession& findSession(const Request& r, const char* key = "id");
+    const EmulatedSession& findSession(const Request& r, const char* key = "id") const;
+    // The session `id` (created when absent) for a transaction to change; its old value is
+    // recorded first. Every change of a session goes through here or replaceSessions.
+    EmulatedSession& changeSession(uint64_t id);
+    void replaceSessions(std::map<uint64_t, EmulatedSession> sessions);
+    void rollBackSessions();
     uint64_t allocateSessionId();
     // A session of `kind` with the next free id, which `cfg` gets as "session-id", and with
     // `cfg` as its configuration; a configuration without a name is named "<unnamed> <id>".
@@ -118,8 +135,10 @@ private:
                                       const Json::Value& channels);
     SdpSession parseCheckedSdp(const std::string& sdpText);
     std::string checkUserSdp(const std::string& sdpText);
+    // The advertised sessions that receivers take their stream from.
+    std::set<uint64_t> advertisedInUse() const;
     // Marks the advertised sessions that receivers started or stopped using since `before`.
-    void syncAdvertisedUse(const std::map<uint64_t, EmulatedSession>& before);
+    void syncAdvertisedUse(const std::set<uint64_t>& before);
     // After an entry was added (`updated` false) or refreshed from `source`: a new entry
     // beyond --max-advertised is withdrawn again and logged. False when it was.
     bool keptWithinLimit(uint64_t id, bool updated, const std::string& source);
@@ -129,6 +148,8 @@ private:
     Json::Value gainReply(const char* table, const Request& r, unsigned command);
 
     Json::Value runningDocument() const;
+    // The compact text of runningDocument(), from the sessions' kept texts.
+    std::string runningText() const;
     // Replaces the running state with a running state document, which is checked whole
     // first (CommandError naming the member refused).
     void restoreRunning(const Json::Value& running);
@@ -153,6 +174,8 @@ private:
 
     EmulatorOptions m_options;
     std::map<uint64_t, EmulatedSession> m_sessions;
+    SessionUndo m_undo;
+    bool m_in_transaction = false;
     uint64_t m_next_session_id = 1;
     uint64_t m_next_stream_id = 1;
     Json::Value m_settings;       // clock, global, interface settings, gains

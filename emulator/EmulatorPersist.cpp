@@ -37,35 +37,62 @@ std::string Emulator::positionPath(unsigned pos) const {
     return info != nullptr ? info->m_path : std::string();
 }
 
+namespace {
+
+Json::Value sessionDocument(const EmulatedSession& s) {
+    Json::Value e;
+    e["id"] = Json::UInt64(s.id);
+    e["kind"] = kindName(s.kind);
+    e["paused"] = s.paused;
+    e["version"] = Json::UInt64(s.version);
+    e["config"] = s.config;
+    e["sdp"] = s.sdp;
+    e["streams"] = s.streams;
+    return e;
+}
+
+}  // namespace
+
 Json::Value Emulator::runningDocument() const {
     Json::Value doc(Json::objectValue);
     doc["next-session-id"] = Json::UInt64(m_next_session_id);
     doc["next-stream-id"] = Json::UInt64(m_next_stream_id);
     Json::Value list(Json::arrayValue);
-    for (const auto& [id, s] : m_sessions) {
-        Json::Value e;
-        e["id"] = Json::UInt64(id);
-        e["kind"] = kindName(s.kind);
-        e["paused"] = s.paused;
-        e["version"] = Json::UInt64(s.version);
-        e["config"] = s.config;
-        e["sdp"] = s.sdp;
-        e["streams"] = s.streams;
-        list.append(e);
+    for (const auto& entry : m_sessions) {
+        list.append(sessionDocument(entry.second));
     }
     doc["sessions"] = list;
     doc["settings"] = m_settings;
     return doc;
 }
 
+std::string Emulator::runningText() const {
+    // Members in the writer's order (sorted by name), so that the text is the one that
+    // renderReply(runningDocument()) gives.
+    std::string text = "{\"next-session-id\":" + std::to_string(m_next_session_id) +
+                       ",\"next-stream-id\":" + std::to_string(m_next_stream_id) + ",\"sessions\":[";
+    for (const auto& entry : m_sessions) {
+        const EmulatedSession& s = entry.second;
+        if (s.rendered.empty()) {
+            s.rendered = renderReply(sessionDocument(s));
+        }
+        text += s.rendered;
+        text += ',';
+    }
+    if (!m_sessions.empty()) {
+        text.pop_back();
+    }
+    return text + "],\"settings\":" + renderReply(m_settings) + "}";
+}
+
 void Emulator::resetRunning() {
-    m_sessions.clear();
+    replaceSessions({});
     m_settings = defaultSettings();
 }
 
 void Emulator::restoreRunning(const Json::Value& running) {
     RunningState state = readRunningState(running);
-    m_sessions = std::move(state.sessions);
+    replaceSessions(std::move(state.sessions));
     m_settings = std::move(state.settings);
     uint64_t maxStream = 0;
     for (const auto& [id, s] : m_sessions) {
@@ -200,7 +227,7 @@ void Emulator::loadPersisted() {
     if (readStateFile(runningPath, running)) {
         try {
             restoreRunning(running);
-            m_saved_running = renderReply(runningDocument());
+            m_saved_running = runningText();
             Logger::log(5, "emulator: running state restored with %zu sessions", m_sessions.size());
         } catch (const std::exception& e) {
             setAside(runningPath, e.what());

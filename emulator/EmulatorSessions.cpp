@@ -117,7 +117,7 @@ Json::Value Emulator::addSourceSession(const Request& r) {
     refreshSenderSdp(session);
     Json::Value reply = normaliseSourceApi(session.config);
     session.config = reply;
-    m_sessions[session.id] = session;
+    changeSession(session.id) = session;
     Logger::log(5, "emulator: sender session %llu [%s] added with %u streams",
                 static_cast<unsigned long long>(session.id), cfg["name"].asCString(), count);
     return reply;
@@ -128,7 +128,7 @@ Json::Value Emulator::updateSession(const Request& r) {
     if (!doc["session-id"].isUInt64()) {
         throw CommandError(kBadRequest, "an update needs the \"session-id\" of the session");
     }
-    EmulatedSession& session = findSession(r, "session-id");
+    EmulatedSession& session = changeSession(findSession(r, "session-id").id);
     if (session.kind == EmulatedSession::RECEIVER) {
         throw CommandError(kValueRefused, "session " + std::to_string(session.id) + " is a receiver of an advertised stream");
     }
@@ -190,7 +190,7 @@ Json::Value Emulator::addDestinationSession(const Request& r) {
     session.sdp = sdp;
     session.streams = Json::Value(Json::arrayValue);
     session.streams.append(stream);
-    m_sessions[session.id] = session;
+    changeSession(session.id) = session;
     Logger::log(5, "emulator: receiver session %llu [%s] added", static_cast<unsigned long long>(session.id),
                 cfg["name"].asCString());
     return cfg;
@@ -218,7 +218,7 @@ Json::Value Emulator::addDestinationSessionManually(const Request& r) {
         stream["class"] = "receiver";
     }
     session.config = normaliseSourceApi(session.config);
-    m_sessions[session.id] = session;
+    changeSession(session.id) = session;
     return session.config;
 }
 
@@ -226,6 +226,7 @@ Json::Value Emulator::addDestinationSessionManually(const Request& r) {
 
 Json::Value Emulator::removeSession(const Request& r) {
     const uint64_t id = findSession(r).id;
+    changeSession(id);
     m_sessions.erase(id);
     Logger::log(5, "emulator: session %llu removed", static_cast<unsigned long long>(id));
     return emptyReply();
@@ -236,7 +237,7 @@ Json::Value Emulator::getSessionSdp(const Request& r) {
 }
 
 Json::Value Emulator::saveSdpInfo(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    EmulatedSession& session = changeSession(findSession(r).id);
     const Json::Value& doc = r.document;
     if (!doc["sdp"].isString() || doc["sdp"].asString().empty()) {
         throw CommandError(kBadRequest, "request needs the SDP text in \"sdp\"");
@@ -247,7 +248,7 @@ Json::Value Emulator::saveSdpInfo(const Request& r) {
 }
 
 Json::Value Emulator::pauseResumeSession(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    EmulatedSession& session = changeSession(findSession(r).id);
     if (!r.document.isMember("pause") || !r.document["pause"].isBool()) {
         throw CommandError(kBadRequest, "request needs the boolean \"pause\"");
     }
@@ -261,7 +262,7 @@ Json::Value Emulator::pauseResumeSession(const Request& r) {
 }
 
 Json::Value Emulator::disconnectChannels(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    EmulatedSession& session = changeSession(findSession(r).id);
     if (!r.document["channel-list"].isArray()) {
         throw CommandError(kBadRequest, "request needs the array \"channel-list\"");
     }
@@ -301,7 +302,7 @@ Json::Value Emulator::disconnectChannels(const Request& r) {
 }
 
 Json::Value Emulator::getSessionBasicInfo(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    const EmulatedSession& session = findSession(r);
     Json::Value info;
     info["id"] = Json::UInt64(session.id);
     info["version"] = Json::UInt64(session.version);
@@ -385,7 +386,7 @@ Json::Value Emulator::getSessionTPCStatistics(const Request& r) {
 }
 
 Json::Value Emulator::getSessionCounters(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    const EmulatedSession& session = findSession(r);
     Json::Value reply;
     reply["id"] = Json::UInt64(session.id);
     Json::Value streams(Json::arrayValue);
@@ -403,7 +404,7 @@ Json::Value Emulator::getSessionCounters(const Request& r) {
 }
 
 Json::Value Emulator::getSessionInternalStatus(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    const EmulatedSession& session = findSession(r);
     Json::Value reply;
     reply["id"] = Json::UInt64(session.id);
     reply["state"] = session.paused ? "Paused" : "Enabled";

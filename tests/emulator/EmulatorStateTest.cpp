@@ -56,6 +56,10 @@ protected:
     }
 
     static std::string userSdp() { return fileText(PIMAV_SOURCE_DIR "/examples/advertised/commentary.sdp"); }
+    static std::string userSdpEscaped() {
+        const std::string quoted = jsonText(Json::Value(userSdp()));
+        return quoted.substr(1, quoted.size() - 2);
+    }
 
     Json::Value call(unsigned id, const std::string& json = "") {
         return pimav::detail::call(*emulator, id, json);
@@ -153,8 +157,15 @@ TEST_F(EmulatorStateTest, AFailedWriteIsRefusedWithItsCauseAndNothingChanges) {
     ASSERT_EQ(std::rename(options.configDir.c_str(), moved.c_str()), 0);
     std::ofstream(options.configDir) << "not a folder";
     const std::vector<std::pair<unsigned, std::string>> cases = {
+        {1, R"({"id":2,"sdp":")" + userSdpEscaped() + R"("})"},
         {2, kSender},
+        {3, R"({"user-sdp":")" + userSdpEscaped() + R"("})"},
         {4, R"({"id":2})"},
+        {8, R"({"session-id":1,"name":"renamed","audio-sources":[{}]})"},
+        {12, R"({"sessions":[]})"},
+        {14, R"({"audio-sources":[{"transport":"239.1.1.1"}]})"},
+        {23, R"({"id":1,"pause":true})"},
+        {49, R"({"id":1,"channel-list":[{"channel":0}]})"},
         {9, R"({"pos":2,"name":"two"})"},
         {11, R"({"default":true})"},
         {25, R"({"pos":1})"},
@@ -190,6 +201,8 @@ TEST_F(EmulatorStateTest, LimitsAndLeftovers) {
     ASSERT_TRUE(call(10)["running"]["settings"]["source-gains"].isMember("1"));
     ASSERT_EQ(jsonText(call(4, R"({"id":1})")), "{}");
     EXPECT_FALSE(call(10)["running"]["settings"]["source-gains"].isMember("1"));
+    // The running state is written as command 10 gives it, compact.
+    EXPECT_EQ(fileText(options.configDir + "/running.json"), jsonText(call(10)["running"]));
     // The debug reply names no path of the host.
     EXPECT_EQ(jsonText(call(48)).find(options.configDir), std::string::npos);
 
