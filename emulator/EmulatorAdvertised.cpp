@@ -47,6 +47,11 @@ bool Emulator::storeAdvertised(const AdvertisedClaim& claim, std::string& why) {
     if (rc != 0 && why.empty()) {
         why = "SDP refused (" + std::to_string(rc) + ")";
     }
+    if (rc == 0 && !updated && m_advertised.size() > m_options.maxAdvertised) {
+        m_advertised.removeAdvertisedSession(stored);
+        why = "the table holds at most " + std::to_string(m_options.maxAdvertised) + " entries (--max-advertised)";
+        return false;
+    }
     return rc == 0;
 }
 

@@ -24,6 +24,9 @@ namespace pimav::detail {
 
 namespace {
 
+// SDP texts are small (a SAP packet carries at most a few kilobytes).
+constexpr size_t kMaxSdpFileBytes = 64u << 10;
+
 uint32_t addressOf(const Json::Value& text) {
     IpAddress address;
     if (text.isString()) {
@@ -130,6 +133,9 @@ void Emulator::refreshSenderSdp(EmulatedSession& session) {
 // Parses `sdpText` with the parser and its minimum check; a refusal becomes a
 // CommandError carrying every user message the check produced.
 SdpSession Emulator::parseCheckedSdp(const std::string& sdpText) {
+    if (sdpText.find('\0') != std::string::npos) {
+        throw CommandError(kBadRequest, "the SDP text must not hold a NUL character");
+    }
     ErrorAuxMsg::getInstance()->clear();
     SdpConverter converter;
     const int rc = converter.parseSdp(sdpText);
@@ -184,9 +190,13 @@ int Emulator::reloadAdvertised() {
     }
     DIR* dir = ::opendir(m_options.advertiseDir.c_str());
     if (dir == nullptr) {
-        Logger::log(2, "emulator: cannot open the advertise folder %s", m_options.advertiseDir.c_str());
+        Logger::log(2, "emulator: cannot open the advertise folder %s: %s", m_options.advertiseDir.c_str(),
+                    std::strerror(errno));
         return 0;
     }
+    char* folder = ::realpath(m_options.advertiseDir.c_str(), nullptr);
+    const std::string absoluteFolder = folder != nullptr ? folder : m_options.advertiseDir;
+    std::free(folder);
     // readdir returns null at the end and on an error alike; errno tells them apart. A
     // listing cut short (EOVERFLOW in a 32-bit build without 64-bit file offsets) keeps the
     // table as it is: withdrawing advertisements whose files are still there would be wrong.
@@ -215,18 +225,19 @@ int Emulator::reloadAdvertised() {
     for (const auto& name : names) {
         const std::string path = m_options.advertiseDir + "/" + name;
         std::string text;
-        if (!readWholeFile(path, text)) {
-            Logger::log(2, "emulator: cannot read %s", path.c_str());
+        std::string why;
+        if (readRegularFile(path, kMaxSdpFileBytes, text, why) != FileRead::kRead) {
+            Logger::log(2, "emulator: cannot read %s: %s", path.c_str(), why.empty() ? "gone" : why.c_str());
             continue;
         }
         std::string url = percentDecode(name.substr(0, name.size() - 4));
         if (url.find("://") == std::string::npos) {
-            char* absolute = ::realpath(path.c_str(), nullptr);
-            url = "file://" + std::string(absolute != nullptr ? absolute : path.c_str());
-            std::free(absolute);
+            // A file URL without an authority (RFC 8089 "file:/path"): it names no host,
+            // so no host text is looked for in it.
+            url = "file:" + absoluteFolder + "/" + name;
         }
         uint64_t id = 0;
-        std::string why;
+        why.clear();
         const Advertised result = advertise({{"file", path, path}, url, text}, id, why);
         if (result == Advertised::Refused) {
             Logger::log(2, "emulator: advertisement %s refused: %s", path.c_str(), why.c_str());

@@ -12,7 +12,9 @@
 
 #include "Emulator.h"
 #include "EmulatorSap.h"
+#include "common/ModuleOption.h"
 #include "common/RequestServer.h"
+#include "pimAvMngApi/device/BoardModel.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/version.h"
 
@@ -47,16 +49,48 @@ int main(int argc, char** argv) {
     int logLevel = 4;
     app.add_option("--bind", bind, "ZeroMQ endpoint to bind")->capture_default_str();
     app.add_option("--advertise", options.advertiseDir,
-                   "folder of .sdp files loaded as advertised sessions (file name = URL)");
+                   "folder of .sdp files loaded as advertised sessions (file name = URL)")
+        ->check(CLI::ExistingDirectory);
     app.add_option("--config-dir", options.configDir, "folder of saved configurations and running state")
         ->capture_default_str();
-    app.add_option("--board", options.board, "board model (JUNIPER, JUNIPER_QH, DAMSON, ...)")->capture_default_str();
-    app.add_option("--module", options.module, "bitstream module of the board")->capture_default_str();
-    app.add_option("--local-ip", options.localAddress, "the board's own address")->capture_default_str();
-    app.add_option("--log-level", logLevel, "log threshold 0..7")->capture_default_str();
+    app.add_option("--board", options.board, "board model (JUNIPER, JUNIPER_QH, DAMSON, ...)")
+        ->capture_default_str()
+        ->check([](const std::string& text) {
+            BoardModelType model;
+            return boardModelTypeFromString(text, model) ? std::string() : "unknown board model " + text;
+        });
+    app.add_option("--module", options.module, "bitstream module of the board")
+        ->capture_default_str()
+        ->check([](const std::string& text) {
+            BitstreamType::module_t module;
+            return moduleFromOption(text, module) ? std::string() : "unknown board module " + text;
+        });
+    app.add_option("--local-ip", options.localAddress, "the board's own address")
+        ->capture_default_str()
+        ->check(CLI::ValidIPV4);
+    app.add_option("--log-level", logLevel, "log threshold 0..7")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 7));
+    app.add_option("--max-sessions", options.maxSessions, "sessions the device runs at most")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--max-advertised", options.maxAdvertised, "advertised sessions kept at most")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--max-state-bytes", options.maxStateBytes, "bytes of running state kept at most")
+        ->capture_default_str()
+        ->check(CLI::Range(size_t{4096}, size_t{1} << 30));
     EmulatorSapOptions sapOptions;
     addSapOptions(app, sapOptions);
-    CLI11_PARSE(app, argc, argv);
+    // Usage errors: one line on stderr and exit status 2, as the other tools.
+    app.failure_message([](const CLI::App*, const CLI::Error& e) {
+        return "avmng-emulator: " + std::string(e.what()) + " (see --help)\n";
+    });
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        return app.exit(e) == 0 ? 0 : 2;
+    }
 
     Logger::getInstance()->setThreshold(logLevel);
 

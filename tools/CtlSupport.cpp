@@ -52,6 +52,9 @@ std::string describeCode(int code) {
         case -14: return "session id 0";
         case -16: return "no such entry or no free position";
         case -23: return "an empty configuration file selected as start-up";
+        case -30: return "the device cannot write its state";
+        case -31: return "a limit of the device is reached";
+        case -32: return "document too large or too deep";
         default: return ClientJsonApi::describeError(code);
     }
 }

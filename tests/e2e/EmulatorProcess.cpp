@@ -180,8 +180,11 @@ int Background::stop() {
     return m_status;
 }
 
-EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs)
-    : m_config_dir(configDir.empty() ? makeTempDir("emu") : std::move(configDir)), m_extra(std::move(extraArgs)) {
+EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs,
+                                 std::vector<std::string> wrapper)
+    : m_config_dir(configDir.empty() ? makeTempDir("emu") : std::move(configDir)),
+      m_extra(std::move(extraArgs)),
+      m_wrapper(std::move(wrapper)) {
     start();
 }
 
@@ -199,6 +202,7 @@ void EmulatorProcess::start() {
         std::vector<std::string> argv = {binaryPath("emulator/avmng-emulator"), "--bind", endpoint(), "--config-dir",
                                          m_config_dir, "--log-level", "1"};
         argv.insert(argv.end(), m_extra.begin(), m_extra.end());
+        argv.insert(argv.begin(), m_wrapper.begin(), m_wrapper.end());
         m_pid = ::fork();
         if (m_pid == 0) {
             const int null = ::open("/dev/null", O_WRONLY);

@@ -60,8 +60,10 @@ private:
 class EmulatorProcess {
 public:
     // Starts the emulator with its state in `configDir` (a new temporary directory when
-    // empty) and `extraArgs`; waits until it answers.
-    explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {});
+    // empty) and `extraArgs`, through `wrapper` (a command line that ends by running the
+    // rest of its arguments) when given; waits until it answers.
+    explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {},
+                             std::vector<std::string> wrapper = {});
     ~EmulatorProcess();
     EmulatorProcess(const EmulatorProcess&) = delete;
     EmulatorProcess& operator=(const EmulatorProcess&) = delete;
@@ -91,6 +93,7 @@ private:
 
     std::string m_config_dir;
     std::vector<std::string> m_extra;
+    std::vector<std::string> m_wrapper;
     // One REQ socket reused across calls; dropped after a timeout so that the next call
     // starts a fresh exchange.
     mutable std::unique_ptr<zmq::socket_t> m_socket;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -232,6 +233,51 @@ TEST(SdpGenerate, UndefinedVideoFormatFailsButOtherMediaAreWritten) {
     EXPECT_NE(text.find("a=source-filter: incl IN IP4 239.100.1.1 192.168.1.20\nm=audio"), std::string::npos);
     EXPECT_NE(text.find("a=mid:b\n"), std::string::npos);
     EXPECT_EQ(text.find("a=mid:a"), std::string::npos);
+}
+
+// A field written with a CR, LF or NUL would end its line and stand as a line of its own:
+// such a session gets no text in either form, and the log names the field. A field that
+// is not written (the group of a lone description) does not matter.
+TEST(SdpGenerate, FieldsWithLineBreaksAreRefused) {
+    struct Case {
+        std::string field;  // as the log line names it
+        std::function<void(SdpSession&)> poison;
+        bool danteRefused;
+    };
+    const std::vector<Case> cases = {
+        {"session name", [](SdpSession& s) { s.m_info = "x\r\nm=video 9 RTP/AVP 96"; }, true},
+        {"session user name", [](SdpSession& s) { s.m_user_name = std::string("a\0b", 3); }, true},
+        {"media 0 protocol", [](SdpSession& s) { s.m_media[0].m_protocol = "RTP/AVP\r"; }, true},
+        {"media 0 PTP grandmaster", [](SdpSession& s) { s.m_media[0].m_ptp_gm_id += "\n"; }, true},
+        {"media 0 title", [](SdpSession& s) { s.m_media[0].m_info = "evil\na=injected:1"; }, false},
+        {"media 1 group", [](SdpSession& s) { s.m_media[1].m_group = "b\n"; }, false},
+        {"media 1 sampling", [](SdpSession& s) { s.m_media[1].m_sampling += "\r"; }, false},
+        {"media 1 colorimetry", [](SdpSession& s) { s.m_media[1].m_colorimetry += std::string(1, '\0'); }, false},
+        {"media 1 packing mode", [](SdpSession& s) { s.m_media[1].m_packing_mode += "\n"; }, false},
+        {"media 1 sender type", [](SdpSession& s) { s.m_media[1].m_sender_type += "\n"; }, false},
+    };
+    SdpMedia audio = audioMedia(2, 1.0f);
+    audio.m_group = "a";
+    SdpMedia video = videoMedia(VideoFormat::VIDEO_FORMAT_1080P50, "raw", 90000);
+    video.m_group = "b";
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.field);
+        SdpSession session = sessionOf({audio, video});
+        c.poison(session);
+        SdpConverter converter;
+        LogCapture log;
+        EXPECT_EQ(converter.setSdpConfig(session), -1);
+        std::string text = "old";
+        converter.getSdpString(&text);
+        EXPECT_EQ(text, "");
+        EXPECT_TRUE(log.contains("SDP:: " + c.field + " holds a CR, LF or NUL character; no SDP generated"));
+        std::string dante = "old";
+        EXPECT_EQ(converter.generateDanteSdp(dante), c.danteRefused ? -1 : 0);
+        EXPECT_EQ(dante.empty(), c.danteRefused);
+    }
+    SdpMedia lone = audioMedia(2, 1.0f);
+    lone.m_group = "unused\n";
+    EXPECT_EQ(generated(sessionOf({lone})).find("unused"), std::string::npos);
 }
 
 TEST(SdpGenerate, AccessorsAndManualText) {
