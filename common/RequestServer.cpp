@@ -1,5 +1,6 @@
 #include "common/RequestServer.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "pimAvMngApi/platform/Logger.h"
@@ -96,18 +97,55 @@ std::string RequestServer::endpoint() const {
     return m_socket.get(zmq::sockopt::last_endpoint);
 }
 
-void RequestServer::serveOne(const FrameHandler& handler, int timeoutMs) {
-    zmq::pollitem_t items[] = {{m_socket.handle(), 0, ZMQ_POLLIN, 0}};
+void RequestServer::watch(int fd, std::function<void()> onReadable) {
+    m_watched.push_back({nullptr, fd, std::move(onReadable)});
+}
+
+void RequestServer::watch(zmq::socket_t& socket, std::function<void()> onReadable) {
+    m_watched.push_back({socket.handle(), 0, std::move(onReadable)});
+}
+
+void RequestServer::addTimer(std::function<std::optional<Clock::time_point>()> due,
+                             std::function<void(Clock::time_point)> fire) {
+    m_timers.push_back({std::move(due), std::move(fire)});
+}
+
+bool RequestServer::pollAll(int timeoutMs) {
+    for (const Timer& timer : m_timers) {
+        if (const auto due = timer.due()) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - Clock::now()).count();
+            timeoutMs = static_cast<int>(std::clamp<long long>(left, 0, timeoutMs));
+        }
+    }
+    std::vector<zmq::pollitem_t> items = {{m_socket.handle(), 0, ZMQ_POLLIN, 0}};
+    for (const Watched& w : m_watched) {
+        items.push_back({w.socket, w.fd, ZMQ_POLLIN, 0});
+    }
     int ready = 0;
     try {
-        ready = zmq::poll(items, 1, std::chrono::milliseconds(timeoutMs));
+        ready = zmq::poll(items.data(), items.size(), std::chrono::milliseconds(timeoutMs));
     } catch (const zmq::error_t& e) {
-        if (e.num() == EINTR) {
-            return;
+        if (e.num() != EINTR) {
+            throw;
         }
-        throw;
     }
-    if (ready <= 0 || (items[0].revents & ZMQ_POLLIN) == 0) {
+    for (size_t i = 1; ready > 0 && i < items.size(); ++i) {
+        if ((items[i].revents & ZMQ_POLLIN) != 0) {
+            m_watched[i - 1].onReadable();
+        }
+    }
+    const auto now = Clock::now();
+    for (const Timer& timer : m_timers) {
+        const auto due = timer.due();
+        if (due && *due <= now) {
+            timer.fire(now);
+        }
+    }
+    return ready > 0 && (items[0].revents & ZMQ_POLLIN) != 0;
+}
+
+void RequestServer::serveOne(const FrameHandler& handler, int timeoutMs) {
+    if (!pollAll(timeoutMs)) {
         return;
     }
     // Routing frames up to the empty delimiter, then the request's frames.

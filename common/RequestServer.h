@@ -3,8 +3,10 @@
 #include <json/json.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -86,12 +88,39 @@ public:
     // Requests handled so far.
     uint64_t requestsServed() const { return m_served; }
 
+    // More work for the loop, done between requests on the same thread.
+    using Clock = std::chrono::steady_clock;
+    // `onReadable` runs whenever descriptor `fd` (a UDP socket, a pipe) has data: the loop
+    // polls it together with its own socket.
+    void watch(int fd, std::function<void()> onReadable);
+    // The same for another ZeroMQ socket.
+    void watch(zmq::socket_t& socket, std::function<void()> onReadable);
+    // A timer: `due` says when `fire` next has work (none: nothing planned). The loop's
+    // poll ends by then, and `fire` runs with the current time once that time has come.
+    void addTimer(std::function<std::optional<Clock::time_point>()> due,
+                  std::function<void(Clock::time_point now)> fire);
+
 private:
+    struct Watched {
+        void* socket;
+        int fd;
+        std::function<void()> onReadable;
+    };
+    struct Timer {
+        std::function<std::optional<Clock::time_point>()> due;
+        std::function<void(Clock::time_point)> fire;
+    };
+
     // Handles the one request that is waiting (if any) within `timeoutMs`.
     void serveOne(const FrameHandler& handler, int timeoutMs);
+    // Polls the socket and the watched descriptors for up to `timeoutMs` (less when a timer
+    // is due sooner), runs the watchers and the due timers; true when a request is waiting.
+    bool pollAll(int timeoutMs);
 
     zmq::socket_t m_socket;
     uint64_t m_served = 0;
+    std::vector<Watched> m_watched;
+    std::vector<Timer> m_timers;
 };
 
 }  // namespace pimav::detail

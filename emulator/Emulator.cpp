@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 #include "EmulatorSupport.h"
@@ -19,24 +22,54 @@
 
 namespace pimav::detail {
 
-namespace {
-
-constexpr unsigned kDefaultPosition = 10;
-
-}  // namespace
-
 const Emulator::Handler Emulator::kHandlers[Aes67Commands::kCommandCount] = {
 #define PIMAV_COMMAND(id, name, method, shape, text) &Emulator::method,
 #include "api/CommandTable.def"
 #undef PIMAV_COMMAND
 };
 
+// The property of each handler that the transactions, and the tests of requests without
+// their members, go by: whether its command changes the device's state.
+bool Emulator::changesState(uint32_t commandId) {
+    switch (commandId) {
+        case AES67_SAVE_SDP_INFO:
+        case AES67_ADD_SOURCE_SESSION:
+        case AES67_ADD_DESTINATION_SESSION:
+        case AES67_REMOVE_SESSION:
+        case AES67_UPDATE_SESSION:
+        case AES67_FILE_SAVE_RUNNING:
+        case AES67_FILE_LOAD_TO_RUNNING:
+        case AES67_FILE_LOAD_CFG_TO_RUNNING:
+        case AES67_ADD_DESTINATION_SESSION_MANUALLY:
+        case AES67_CLK_SET_CFG:
+        case AES67_PAUSE_RESUME_SESSION:
+        case AES67_FILE_SET_STARTUP_POS:
+        case AES67_FILE_REMOVE_CFG:
+        case AES67_SET_GLOBAL_CFG:
+        case AES67_SET_SDI_PATTERN_GENERATOR_CFG:
+        case AES67_SET_HDMI_PATTERN_GENERATOR_CFG:
+        case AES67_SET_SDI_OFFSETS:
+        case AES67_SET_HDMI_AUDIO_OFFSET:
+        case AES67_RESET_SYSTEM_CLOCK_COUNTERS:
+        case AES67_REMOVE_EXTERNAL_ADVERTISEMENT:
+        case AES67_SET_INTERFACE_LOOPBACK_MODE:
+        case AES67_SET_VIDEO_REFERENCE_CFG:
+        case AES67_DISCONNECT_CHANNELS:
+        case AES67_SET_SOURCE_CHANNEL_GAIN:
+        case AES67_SET_DESTINATION_CHANNEL_GAIN:
+            return true;
+        default:
+            return false;
+    }
+}
+
 Emulator::Emulator(const EmulatorOptions& options) : m_options(options), m_settings(defaultSettings()) {
     if (m_options.configDir.empty()) {
         throw std::runtime_error("no configuration directory given");
     }
     if (!makeDirectories(m_options.configDir)) {
-        throw std::runtime_error("cannot create configuration directory " + m_options.configDir);
+        throw std::runtime_error("cannot create configuration directory " + m_options.configDir + ": " +
+                                 std::strerror(errno));
     }
     applyBoard();
     // The table takes its file paths from the board and directory just set.
@@ -52,14 +85,14 @@ Json::Value Emulator::handle(const Request& request) {
     ErrorAuxMsg::getInstance()->clear();
     Logger::log(7, "emulator: command %u request %s", request.commandId,
                 request.hasDocument ? renderReply(request.document).c_str() : "(none)");
-    Json::Value reply = (this->*kHandlers[request.commandId])(request);
+    Json::Value reply = run(request);
     ErrorAuxMsg::getInstance()->clear();
     return reply;
 }
 
 // ---- helpers ----
 
-EmulatedSession& Emulator::findSession(const Request& r, const char* key) {
+const EmulatedSession& Emulator::findSession(const Request& r, const char* key) const {
     const uint64_t id = requireId(r, key);
     if (id == 0) {
         throw CommandError(kSessionIdZero, "session id 0 names no session");
@@ -71,6 +104,39 @@ EmulatedSession& Emulator::findSession(const Request& r, const char* key) {
     return it->second;
 }
 
+EmulatedSession& Emulator::changeSession(uint64_t id) {
+    const auto it = m_sessions.find(id);
+    if (m_in_transaction && !m_undo.all && m_undo.changed.count(id) == 0) {
+        m_undo.changed[id] = it != m_sessions.end() ? std::optional<EmulatedSession>(it->second) : std::nullopt;
+    }
+    EmulatedSession& session = m_sessions[id];
+    session.rendered.clear();
+    return session;
+}
+
+void Emulator::replaceSessions(std::map<uint64_t, EmulatedSession> sessions) {
+    if (m_in_transaction && !m_undo.all) {
+        rollBackSessions();
+        m_undo.all = std::move(m_sessions);
+    }
+    m_sessions = std::move(sessions);
+}
+
+void Emulator::rollBackSessions() {
+    if (m_undo.all) {
+        m_sessions = std::move(*m_undo.all);
+    } else {
+        for (auto& [id, old] : m_undo.changed) {
+            if (old) {
+                m_sessions[id] = std::move(*old);
+            } else {
+                m_sessions.erase(id);
+            }
+        }
+    }
+    m_undo = SessionUndo();
+}
+
 uint64_t Emulator::allocateSessionId() {
     while (m_sessions.count(m_next_session_id) != 0 || m_next_session_id == 0) {
         ++m_next_session_id;
@@ -80,18 +146,78 @@ uint64_t Emulator::allocateSessionId() {
 
 uint64_t Emulator::allocateStreamId() { return m_next_stream_id++; }
 
-void Emulator::releaseAdvertisedUse(const EmulatedSession& session) {
-    if (session.kind != EmulatedSession::RECEIVER) {
-        return;
+std::set<uint64_t> Emulator::advertisedInUse() const {
+    std::set<uint64_t> ids;
+    for (const auto& [id, s] : m_sessions) {
+        if (s.kind == EmulatedSession::RECEIVER) {
+            ids.insert(s.config["rem-sid"].get("id", 0).asUInt64());
+        }
     }
-    const uint64_t remote = session.config["rem-sid"].get("id", 0).asUInt64();
-    const bool stillUsed = std::any_of(m_sessions.begin(), m_sessions.end(), [&](const auto& entry) {
-        return entry.second.id != session.id && entry.second.kind == EmulatedSession::RECEIVER &&
-               entry.second.config["rem-sid"].get("id", 0).asUInt64() == remote;
-    });
-    if (!stillUsed) {
-        markAdvertisedUse(remote, false);
+    return ids;
+}
+
+void Emulator::syncAdvertisedUse(const std::set<uint64_t>& before) {
+    const std::set<uint64_t> now = advertisedInUse();
+    for (uint64_t id : now) {
+        if (before.count(id) == 0) {
+            markAdvertisedUse(id, true);
+        }
     }
+    for (uint64_t id : before) {
+        if (now.count(id) == 0) {
+            markAdvertisedUse(id, false);
+        }
+    }
+}
+
+Json::Value Emulator::run(const Request& r) {
+    const Handler handler = kHandlers[r.commandId];
+    if (!changesState(r.commandId)) {
+        return (this->*handler)(r);
+    }
+    Snapshot before{m_sessions.size(), m_next_session_id, m_next_stream_id, m_settings,
+                    m_clock_counters, m_table, advertisedInUse()};
+    m_in_transaction = true;
+    try {
+        Json::Value reply = (this->*handler)(r);
+        commit(before);
+        m_in_transaction = false;
+        m_undo = SessionUndo();
+        return reply;
+    } catch (...) {
+        rollBackSessions();
+        m_in_transaction = false;
+        m_next_session_id = before.nextSessionId;
+        m_next_stream_id = before.nextStreamId;
+        m_settings = std::move(before.settings);
+        m_clock_counters = std::move(before.clockCounters);
+        m_table = std::move(before.table);
+        throw;
+    }
+}
+
+void Emulator::commit(const Snapshot& before) {
+    // Gain tables of sessions that are gone go with them.
+    Json::Value& gains = m_settings["source-gains"];
+    for (const auto& key : gains.getMemberNames()) {
+        if (key != "all" && m_sessions.count(std::strtoull(key.c_str(), nullptr, 10)) == 0) {
+            gains.removeMember(key);
+        }
+    }
+    if (m_sessions.size() > m_options.maxSessions && m_sessions.size() > before.sessionCount) {
+        throw CommandError(kLimitReached, "the device runs at most " + std::to_string(m_options.maxSessions) +
+                                              " sessions (--max-sessions)");
+    }
+    const std::string text = runningText();
+    if (text != m_saved_running && text.size() > m_options.maxStateBytes &&
+        text.size() > m_saved_running.size()) {
+        throw CommandError(kDocumentTooLarge, "the running state would take " + std::to_string(text.size()) +
+                                                  " bytes, more than the " +
+                                                  std::to_string(m_options.maxStateBytes) +
+                                                  " the device keeps (--max-state-bytes)");
+    }
+    writeStateFile(m_options.configDir + "/running.json", text, m_saved_running, "the running state");
+    syncAdvertisedUse(before.advertisedInUse);
 }
 
 void Emulator::applyBoard() {
@@ -108,173 +234,6 @@ void Emulator::applyBoard() {
     m_options.module = moduleOptionName(module);
     SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, module));
     SystemDefaultCfg::getInstance()->setCfgFilePath(m_options.configDir);
-}
-
-// ---- persistence ----
-
-std::string Emulator::positionPath(unsigned pos) const {
-    const CfgFileInfo* info = m_table.getFileInfo(pos);
-    return info != nullptr ? info->m_path : std::string();
-}
-
-Json::Value Emulator::runningDocument() const {
-    Json::Value doc(Json::objectValue);
-    doc["next-session-id"] = Json::UInt64(m_next_session_id);
-    doc["next-stream-id"] = Json::UInt64(m_next_stream_id);
-    Json::Value list(Json::arrayValue);
-    for (const auto& [id, s] : m_sessions) {
-        Json::Value e;
-        e["id"] = Json::UInt64(id);
-        e["kind"] = s.kind == EmulatedSession::SENDER ? "sender"
-                    : s.kind == EmulatedSession::RECEIVER ? "receiver"
-                                                          : "manual-receiver";
-        e["paused"] = s.paused;
-        e["version"] = Json::UInt64(s.version);
-        e["config"] = s.config;
-        e["sdp"] = s.sdp;
-        e["streams"] = s.streams;
-        list.append(e);
-    }
-    doc["sessions"] = list;
-    doc["settings"] = m_settings;
-    return doc;
-}
-
-void Emulator::resetRunning() {
-    for (const auto& entry : m_sessions) {
-        releaseAdvertisedUse(entry.second);
-    }
-    m_sessions.clear();
-    m_settings = defaultSettings();
-}
-
-void Emulator::restoreRunning(const Json::Value& running) {
-    if (!running.isObject()) {
-        throw CommandError(kBadRequest, "a configuration must be a JSON object");
-    }
-    std::map<uint64_t, EmulatedSession> sessions;
-    const Json::Value& list = running["sessions"];
-    if (!list.isNull() && !list.isArray()) {
-        throw CommandError(kBadRequest, "\"sessions\" must be an array");
-    }
-    for (const auto& e : list) {
-        if (!e.isObject() || !e["id"].isUInt64() || e["id"].asUInt64() == 0) {
-            throw CommandError(kBadRequest, "every saved session needs a non-zero \"id\"");
-        }
-        EmulatedSession s;
-        s.id = e["id"].asUInt64();
-        const std::string kind = e.get("kind", "sender").asString();
-        s.kind = kind == "receiver"          ? EmulatedSession::RECEIVER
-                 : kind == "manual-receiver" ? EmulatedSession::MANUAL_RECEIVER
-                                             : EmulatedSession::SENDER;
-        s.paused = e.get("paused", false).asBool();
-        s.version = e.get("version", 1).asUInt64();
-        s.config = e["config"];
-        s.sdp = e.get("sdp", "").asString();
-        s.streams = e["streams"].isArray() ? e["streams"] : Json::Value(Json::arrayValue);
-        sessions[s.id] = s;
-    }
-    Json::Value settings = defaultSettings();
-    if (running["settings"].isObject()) {
-        for (const auto& key : running["settings"].getMemberNames()) {
-            settings[key] = running["settings"][key];
-        }
-    }
-    resetRunning();
-    m_sessions = std::move(sessions);
-    m_settings = settings;
-    uint64_t maxStream = 0;
-    for (auto& [id, s] : m_sessions) {
-        m_next_session_id = std::max(m_next_session_id, id + 1);
-        for (const auto& st : s.streams) {
-            maxStream = std::max<uint64_t>(maxStream, st.get("id", 0).asUInt64());
-        }
-        if (s.kind == EmulatedSession::RECEIVER) {
-            markAdvertisedUse(s.config["rem-sid"].get("id", 0).asUInt64(), true);
-        }
-    }
-    m_next_stream_id = std::max(m_next_stream_id, maxStream + 1);
-    m_next_session_id = std::max<uint64_t>(m_next_session_id, running.get("next-session-id", 1).asUInt64());
-    m_next_stream_id = std::max<uint64_t>(m_next_stream_id, running.get("next-stream-id", 1).asUInt64());
-}
-
-void Emulator::persistRunning() {
-    std::string error;
-    if (!writeFileAtomically(m_options.configDir + "/running.json", runningDocument().toStyledString(), error)) {
-        Logger::log(2, "emulator: cannot save the running state: %s", error.c_str());
-    }
-}
-
-Json::Value Emulator::acknowledgeChange() {
-    persistRunning();
-    return emptyReply();
-}
-
-Json::Value Emulator::mergeSetting(const Request& r, const char* key, IJsonSerializable& record) {
-    // Members not given keep their value: the request is read over the current settings.
-    const Json::Value& given = requireObjectMember(r, key);
-    m_settings[key] = throughRecord(record, mergedOver(m_settings[key], given), std::string("\"") + key + "\" cannot be read");
-    return acknowledgeChange();
-}
-
-void Emulator::persistTableMeta() {
-    Json::Value meta;
-    meta["startup"] = m_table.getStartupPosition();
-    std::string error;
-    if (!writeFileAtomically(m_options.configDir + "/startup.json", meta.toStyledString(), error)) {
-        Logger::log(2, "emulator: cannot save the start-up position: %s", error.c_str());
-    }
-}
-
-void Emulator::loadPersisted() {
-    Json::CharReaderBuilder builder;
-    auto parse = [&](const std::string& path, Json::Value& out) {
-        std::string text;
-        if (!readWholeFile(path, text)) {
-            return false;
-        }
-        std::string errors;
-        std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-        if (!reader->parse(text.data(), text.data() + text.size(), &out, &errors)) {
-            Logger::log(2, "emulator: ignoring unreadable file %s: %s", path.c_str(), errors.c_str());
-            return false;
-        }
-        return true;
-    };
-    for (unsigned pos = 0; pos < kDefaultPosition; ++pos) {
-        Json::Value saved;
-        struct stat st {};
-        const std::string path = positionPath(pos);
-        if (::stat(path.c_str(), &st) == 0 && parse(path, saved) && saved.isObject()) {
-            const std::string name = saved.get("name", "").asString();
-            m_table.setFileInfo(pos, name, static_cast<uint32_t>(st.st_size));
-            Logger::log(5, "emulator: saved configuration %u [%s] found, %u bytes", pos, name.c_str(),
-                        static_cast<unsigned>(st.st_size));
-        }
-    }
-    Json::Value meta;
-    if (parse(m_options.configDir + "/startup.json", meta) && meta.isObject()) {
-        const unsigned pos = meta.get("startup", kDefaultPosition).asUInt();
-        if (pos != kDefaultPosition) {
-            m_table.setStartupPosition(pos);
-        }
-    }
-    Json::Value running;
-    try {
-        if (parse(m_options.configDir + "/running.json", running)) {
-            restoreRunning(running);
-            Logger::log(5, "emulator: running state restored with %zu sessions", m_sessions.size());
-        } else if (!m_table.isStartupTheDefault()) {
-            Json::Value saved;
-            const unsigned pos = m_table.getStartupPosition();
-            if (parse(positionPath(pos), saved)) {
-                restoreRunning(saved["running"]);
-                Logger::log(5, "emulator: start-up configuration %u loaded", pos);
-            }
-        }
-    } catch (const CommandError& e) {
-        Logger::log(2, "emulator: persisted state refused: %s", e.what());
-    }
 }
 
 }  // namespace pimav::detail

@@ -22,8 +22,6 @@ namespace pimav::detail {
 
 namespace {
 
-constexpr uint8_t kSdiPorts = 2;
-
 // Name of a pattern generator's pattern control code.
 std::string patternName(int code) {
     static const char* const kNames[] = {"colorbars", "ramp", "pathological", "black"};
@@ -38,8 +36,9 @@ std::string patternName(int code) {
 // ---- clock ----
 
 Json::Value Emulator::cfgSystemClk(const Request& r) {
+    requireId(r, "ref-type");
     ClockConfig wanted;
-    readThrough(wanted, requireDocument(r), "clock configuration cannot be read");
+    readThrough(wanted, r.document, "clock configuration cannot be read");
     ClockConfig applied;
     if (applied.setClockReference(wanted.getClockRefType()) != 0) {
         throw CommandError(kValueRefused, "clock reference " + std::to_string(wanted.getClockRefType()) +
@@ -48,7 +47,7 @@ Json::Value Emulator::cfgSystemClk(const Request& r) {
     Json::Value out;
     applied.Serialize(out);
     m_settings["clock"] = out;
-    return acknowledgeChange();
+    return emptyReply();
 }
 
 Json::Value Emulator::getSystemClockInfo(const Request&) {
@@ -90,7 +89,7 @@ Json::Value Emulator::resetSystemClockCounters(const Request&) {
 
 Json::Value Emulator::getGlobalConfig(const Request&) { return memberReply("global", m_settings["global"]); }
 
-Json::Value Emulator::setGlobalConfig(const Request& r) { return mergeSetting<AvGlobalCfg>(r, "global"); }
+Json::Value Emulator::setGlobalConfig(const Request& r) { return mergeSetting(r, "global"); }
 
 Json::Value Emulator::getUserNotifications(const Request&) {
     UserNotifications notifications;
@@ -105,22 +104,15 @@ Json::Value Emulator::getUserNotifications(const Request&) {
 
 Json::Value Emulator::setSdiPatternGeneratorConfig(const Request& r) {
     // The settings of the port that "sdi-port" names (SdiData form), kept per port.
-    const Json::Value& sdi = requireObjectMember(r, "sdi");
-    const Json::Value& port = sdi.get("sdi-port", 0);
-    if (!port.isUInt() || port.asUInt() >= kSdiPorts) {
-        throw CommandError(kValueRefused,
-                           "\"sdi-port\" must be a port number below " + std::to_string(kSdiPorts));
-    }
-    if (sdi.isMember("vpg") && !sdi["vpg"].isObject()) {
-        throw CommandError(kBadRequest, "\"vpg\" must be an object");
-    }
-    m_settings["sdi-pattern"][std::to_string(port.asUInt())] = sdi;
-    return acknowledgeChange();
+    const Json::Value sdi = readSdiPattern(requireObjectMember(r, "sdi"), "\"sdi\"");
+    m_settings["sdi-pattern"][std::to_string(sdi["sdi-port"].asUInt())] = sdi;
+    return emptyReply();
 }
 
 Json::Value Emulator::setHdmiPatternGeneratorConfig(const Request& r) {
-    m_settings["hdmi-pattern"] = requireDocument(r);
-    return acknowledgeChange();
+    m_settings["hdmi-pattern"] =
+        readSetting("hdmi-pattern", requireObjectMember(r, "hdmi"), m_settings["hdmi-pattern"], "\"hdmi\"");
+    return emptyReply();
 }
 
 Json::Value Emulator::getSdiInterfaceInfo(const Request&) {
@@ -138,7 +130,7 @@ Json::Value Emulator::getSdiInterfaceInfo(const Request&) {
 Json::Value Emulator::getSdiOffsets(const Request&) { return memberReply("sdi-offsets", m_settings["sdi-offsets"]); }
 
 Json::Value Emulator::setSdiOffsets(const Request& r) {
-    const Json::Value& doc = requireDocument(r);
+    const Json::Value& doc = documentOf(r);
     if (!doc["sdi-offsets"].isArray()) {
         throw CommandError(kBadRequest, "request needs the array \"sdi-offsets\"");
     }
@@ -156,19 +148,19 @@ Json::Value Emulator::setSdiOffsets(const Request& r) {
             m_settings["sdi-offsets"].append(offset);
         }
     }
-    return acknowledgeChange();
+    return emptyReply();
 }
 
 Json::Value Emulator::getHdmiAudioOffset(const Request&) { return m_settings["hdmi-audio-offset"]; }
 
 Json::Value Emulator::setHdmiAudioOffset(const Request& r) {
-    const Json::Value& in = requireDocument(r);
+    const Json::Value& in = documentOf(r);
     if (!in.isMember("hdmi-audio-offset")) {
-        throw CommandError(kBadRequest, "request needs \"hdmi-audio-offset\"");
+        throw CommandError(kBadRequest, "request needs the member \"hdmi-audio-offset\"");
     }
     HdmiAudioOffset offset;
     m_settings["hdmi-audio-offset"] = throughRecord(offset, in, "\"hdmi-audio-offset\" cannot be read");
-    return acknowledgeChange();
+    return emptyReply();
 }
 
 Json::Value Emulator::getSdiVpgInfo(const Request&) {
@@ -191,8 +183,9 @@ Json::Value Emulator::getSdiVpgInfo(const Request&) {
 }
 
 Json::Value Emulator::setInterfaceLoopBackMode(const Request& r) {
+    requireObjectMember(r, "interface");
     InterfaceLoopBack mode;
-    const Json::Value out = throughRecord(mode, requireDocument(r), "loop-back request cannot be read");
+    const Json::Value out = throughRecord(mode, r.document, "loop-back request cannot be read");
     Json::Value kept(Json::arrayValue);
     for (const auto& existing : m_settings["loopback"]) {
         if (existing["interface"] != out["interface"]) {
@@ -201,12 +194,12 @@ Json::Value Emulator::setInterfaceLoopBackMode(const Request& r) {
     }
     kept.append(out);
     m_settings["loopback"] = kept;
-    return acknowledgeChange();
+    return emptyReply();
 }
 
 Json::Value Emulator::getVideoReferenceCfg(const Request&) { return memberReply("video-ref", m_settings["video-ref"]); }
 
-Json::Value Emulator::setVideoReferenceCfg(const Request& r) { return mergeSetting<VideoRefOutputCfg>(r, "video-ref"); }
+Json::Value Emulator::setVideoReferenceCfg(const Request& r) { return mergeSetting(r, "video-ref"); }
 
 // ---- option lists ----
 
@@ -296,18 +289,23 @@ Json::Value Emulator::getInternalDebugInfo(const Request&) {
     reply["advertised"] = static_cast<unsigned>(m_advertised.size());
     reply["next-session-id"] = Json::UInt64(m_next_session_id);
     reply["next-stream-id"] = Json::UInt64(m_next_stream_id);
-    reply["config-dir"] = m_options.configDir;
     reply["startup"] = m_table.getStartupPosition();
+    for (const auto& [name, section] : m_debug_sections) {
+        reply[name] = section();
+    }
     return reply;
 }
 
 // ---- channel gains ----
 
 Json::Value Emulator::gainReply(const char* table, const Request& r, unsigned command) {
-    Json::Value request = requireDocument(r);
+    Json::Value request = documentOf(r);
     const int result = VolumeGainApi::Validate(request, command);
     if (result < 0) {
-        refuseWithUserMessages(result, "");
+        const bool needsSession = command == 52 || command == 54;
+        refuseWithUserMessages(result, needsSession && !request.isMember("session-id")
+                                           ? "request needs the member \"session-id\":"
+                                           : "");
     }
     std::string key = "all";
     if (command == 52 || command == 54) {
@@ -324,7 +322,7 @@ Json::Value Emulator::gainReply(const char* table, const Request& r, unsigned co
             gains[position]["channel-gain"] = change["channel-gain"].asDouble();
             gains[position]["mute"] = change["mute"].asBool();
         }
-        return acknowledgeChange();
+        return emptyReply();
     }
     Json::Value reply;
     if (command == 54) {

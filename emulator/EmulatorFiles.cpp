@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <ctime>
 
 #include "common/AtomicFile.h"
@@ -30,22 +32,24 @@ Json::Value Emulator::fileCfgSaveRunning(const Request& r) {
     if (!doc["name"].isString() || doc["name"].asString().empty()) {
         throw CommandError(kBadRequest, "request needs a non-empty \"name\"");
     }
+    requireOneLine(doc["name"], "\"name\"");
     const bool startup = optionalBool(r, "startup", false);
     Json::Value saved;
     saved["name"] = doc["name"].asString();
     saved["position"] = pos;
     saved["saved-at"] = Json::UInt64(static_cast<uint64_t>(std::time(nullptr)));
     saved["running"] = runningDocument();
-    const std::string text = saved.toStyledString();
+    const std::string text = renderReply(saved);
     std::string error;
     if (!writeFileAtomically(positionPath(pos), text, error)) {
-        throw CommandError(kNotFound, "cannot write the configuration file: " + error);
+        Logger::log(2, "emulator: cannot save configuration %u: %s", pos, error.c_str());
+        throw CommandError(kStateNotSaved, "cannot save the configuration: " + error);
     }
     m_table.setFileInfo(pos, doc["name"].asString(), static_cast<uint32_t>(text.size()));
     if (startup) {
         m_table.setStartupPosition(pos);
+        persistTableMeta();
     }
-    persistTableMeta();
     Logger::log(5, "emulator: running configuration saved at position %u [%s], %zu bytes", pos,
                 doc["name"].asCString(), text.size());
     return emptyReply();
@@ -56,42 +60,44 @@ Json::Value Emulator::fileCfgGetRunning(const Request&) { return memberReply("ru
 Json::Value Emulator::fileCfgLoadCfgToRunning(const Request& r) {
     if (optionalBool(r, "default", false)) {
         resetRunning();
-        persistRunning();
         Logger::log(5, "emulator: default configuration loaded to running");
         return emptyReply();
     }
     const unsigned pos = requirePosition(r);
     if (pos == kDefaultPos) {
         resetRunning();
-        return acknowledgeChange();
+        return emptyReply();
     }
     const CfgFileInfo* info = m_table.getFileInfo(pos);
     if (info == nullptr || info->m_size == 0) {
         throw CommandError(kNotFound, "position " + std::to_string(pos) + " holds no saved configuration");
     }
     const std::string name = info->m_name;
-    std::string text;
-    if (!readWholeFile(positionPath(pos), text)) {
-        throw CommandError(kNotFound, "the file of position " + std::to_string(pos) + " cannot be read");
-    }
-    Json::CharReaderBuilder builder;
-    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     Json::Value saved;
-    std::string errors;
-    if (!reader->parse(text.data(), text.data() + text.size(), &saved, &errors) || !saved.isObject()) {
-        throw CommandError(kBadRequest, "the file of position " + std::to_string(pos) + " is not a configuration");
+    std::string why;
+    if (parseStateFile(positionPath(pos), saved, nullptr, why) != FileRead::kRead) {
+        throw CommandError(kNotFound,
+                           "the file of position " + std::to_string(pos) + " cannot be read: " + why);
     }
-    restoreRunning(saved["running"]);
-    persistRunning();
+    try {
+        restoreRunning(saved["running"]);
+    } catch (const CommandError& e) {
+        throw CommandError(
+            e.code(), "the file of position " + std::to_string(pos) + " is not a configuration: " + e.what());
+    }
     Logger::log(5, "emulator: configuration %u [%s] loaded to running with %zu sessions", pos,
                 name.c_str(), m_sessions.size());
     return emptyReply();
 }
 
 Json::Value Emulator::fileCfgLoadConfiguration(const Request& r) {
-    const Json::Value& doc = requireDocument(r);
+    const Json::Value& doc = documentOf(r);
+    if (!doc.isMember("running") && !doc.isMember("sessions")) {
+        throw CommandError(kBadRequest,
+                           "request needs the member \"running\", or a running state with \"sessions\"");
+    }
     restoreRunning(doc.isMember("running") ? doc["running"] : doc);
-    return acknowledgeChange();
+    return emptyReply();
 }
 
 Json::Value Emulator::fileCfgGetTable(const Request&) {
@@ -127,8 +133,10 @@ Json::Value Emulator::fileCfgRemoveConfig(const Request& r) {
     if (info == nullptr || info->m_size == 0) {
         throw CommandError(kNotFound, "position " + std::to_string(pos) + " holds no saved configuration");
     }
-    if (::unlink(positionPath(pos).c_str()) != 0) {
-        throw CommandError(kNotFound, "the file of position " + std::to_string(pos) + " cannot be removed");
+    if (::unlink(positionPath(pos).c_str()) != 0 && errno != ENOENT) {
+        const std::string cause = positionPath(pos) + ": " + std::strerror(errno);
+        Logger::log(2, "emulator: cannot remove configuration %u: %s", pos, cause.c_str());
+        throw CommandError(kStateNotSaved, "cannot remove the configuration: " + cause);
     }
     m_table.clearFileInfo(pos);
     persistTableMeta();

@@ -11,7 +11,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <set>
 
 #include "common/AtomicFile.h"
 #include "Emulator.h"
@@ -24,6 +23,9 @@
 namespace pimav::detail {
 
 namespace {
+
+// SDP texts are small (a SAP packet carries at most a few kilobytes).
+constexpr size_t kMaxSdpFileBytes = 64u << 10;
 
 uint32_t addressOf(const Json::Value& text) {
     IpAddress address;
@@ -131,6 +133,9 @@ void Emulator::refreshSenderSdp(EmulatedSession& session) {
 // Parses `sdpText` with the parser and its minimum check; a refusal becomes a
 // CommandError carrying every user message the check produced.
 SdpSession Emulator::parseCheckedSdp(const std::string& sdpText) {
+    if (sdpText.find('\0') != std::string::npos) {
+        throw CommandError(kBadRequest, "the SDP text must not hold a NUL character");
+    }
     ErrorAuxMsg::getInstance()->clear();
     SdpConverter converter;
     const int rc = converter.parseSdp(sdpText);
@@ -185,9 +190,13 @@ int Emulator::reloadAdvertised() {
     }
     DIR* dir = ::opendir(m_options.advertiseDir.c_str());
     if (dir == nullptr) {
-        Logger::log(2, "emulator: cannot open the advertise folder %s", m_options.advertiseDir.c_str());
+        Logger::log(2, "emulator: cannot open the advertise folder %s: %s", m_options.advertiseDir.c_str(),
+                    std::strerror(errno));
         return 0;
     }
+    char* folder = ::realpath(m_options.advertiseDir.c_str(), nullptr);
+    const std::string absoluteFolder = folder != nullptr ? folder : m_options.advertiseDir;
+    std::free(folder);
     // readdir returns null at the end and on an error alike; errno tells them apart. A
     // listing cut short (EOVERFLOW in a 32-bit build without 64-bit file offsets) keeps the
     // table as it is: withdrawing advertisements whose files are still there would be wrong.
@@ -211,46 +220,44 @@ int Emulator::reloadAdvertised() {
         return 0;
     }
     std::sort(names.begin(), names.end());
-    std::set<uint64_t> seen;
+    std::map<std::string, uint64_t> claimed;
     int accepted = 0;
     for (const auto& name : names) {
         const std::string path = m_options.advertiseDir + "/" + name;
         std::string text;
-        if (!readWholeFile(path, text)) {
-            Logger::log(2, "emulator: cannot read %s", path.c_str());
+        std::string why;
+        if (readRegularFile(path, kMaxSdpFileBytes, text, why) != FileRead::kRead) {
+            Logger::log(2, "emulator: cannot read %s: %s", path.c_str(), why.empty() ? "gone" : why.c_str());
             continue;
         }
         std::string url = percentDecode(name.substr(0, name.size() - 4));
         if (url.find("://") == std::string::npos) {
-            char* absolute = ::realpath(path.c_str(), nullptr);
-            url = "file://" + std::string(absolute != nullptr ? absolute : path.c_str());
-            std::free(absolute);
+            // A file URL without an authority (RFC 8089 "file:/path"): it names no host,
+            // so no host text is looked for in it.
+            url = "file:" + absoluteFolder + "/" + name;
         }
-        session_id_t id = 0;
-        bool updated = false;
-        ErrorAuxMsg::getInstance()->clear();
-        int rc = -7;
-        try {
-            rc = m_advertised.addAdvertisedSession(url, text, id, updated);
-        } catch (const std::exception& e) {
-            Logger::log(2, "emulator: advertisement %s refused: %s", path.c_str(), e.what());
+        uint64_t id = 0;
+        why.clear();
+        const Advertised result = advertise({{"file", path, path}, url, text}, id, why);
+        if (result == Advertised::Refused) {
+            Logger::log(2, "emulator: advertisement %s refused: %s", path.c_str(), why.c_str());
             continue;
         }
-        ErrorAuxMsg::getInstance()->clear();
-        if (rc != 0) {
-            Logger::log(2, "emulator: advertisement %s refused (%d)", path.c_str(), rc);
-            continue;
+        if (result == Advertised::Waiting) {
+            Logger::log(2, "emulator: advertisement %s waits: session id %llu is advertised by %s", path.c_str(),
+                        static_cast<unsigned long long>(id), m_claims.source(id)->from.c_str());
         }
-        seen.insert(id);
+        claimed[path] = id;
         ++accepted;
     }
-    // Advertisements whose files are gone are withdrawn (kept as stale while in use).
-    for (uint64_t id : m_advertised_from_files) {
-        if (seen.count(id) == 0) {
-            m_advertised.removeAdvertisedSession(id);
+    // Files that are gone, or that now carry another session, withdraw what they advertised.
+    for (const auto& [path, id] : m_advertised_files) {
+        const auto now = claimed.find(path);
+        if (now == claimed.end() || now->second != id) {
+            withdrawAdvertised(id, path);
         }
     }
-    m_advertised_from_files = seen;
+    m_advertised_files = std::move(claimed);
     Logger::log(5, "emulator: %d advertised sessions loaded from %s", accepted, m_options.advertiseDir.c_str());
     return accepted;
 }
@@ -262,6 +269,7 @@ bool Emulator::advertisedSdp(uint64_t id, std::string& sdp, std::string& url) co
 void Emulator::markAdvertisedUse(uint64_t id, bool used) {
     bool removed = false;
     m_advertised.setSessionAsUsed(id, used, removed);
+    forgetIfGone(id);
 }
 
 Json::Value Emulator::getAdvertisedSessionList(const Request& r) {
@@ -270,6 +278,15 @@ Json::Value Emulator::getAdvertisedSessionList(const Request& r) {
     }
     Json::Value reply(Json::objectValue);
     m_advertised.getAdvertisedSessionsJson(reply);
+    // Where each entry comes from, beside the library's list: {"<id>": {"kind", "from"}}.
+    Json::Value& sources = reply["sources"] = Json::Value(Json::objectValue);
+    for (const auto& item : m_advertised.getDb().m_entries) {
+        if (const AdvertisedSource* source = m_claims.source(item.first)) {
+            Json::Value& s = sources[std::to_string(item.first)];
+            s["kind"] = source->kind;
+            s["from"] = source->from;
+        }
+    }
     return reply;
 }
 
@@ -283,8 +300,11 @@ Json::Value Emulator::removeExternalAdvertisement(const Request& r) {
     if (!advertisedSdp(id, sdp, url)) {
         throw CommandError(kAdvertisedNotFound, "no advertised session with id " + std::to_string(id));
     }
+    // Every source's claim goes: a file claims it again on the next reload, a SAP session when
+    // its announcement changes or it is announced anew.
+    m_claims.clear(id);
     m_advertised.removeAdvertisedSession(id);
-    m_advertised_from_files.erase(id);
+    forgetIfGone(id);
     return emptyReply();
 }
 

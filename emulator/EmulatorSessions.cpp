@@ -15,8 +15,6 @@ namespace pimav::detail {
 
 namespace {
 
-const char* const kSourceLists[] = {"audio-sources", "video-sources", "ancillary-sources"};
-
 const char* mediaOfList(const std::string& list) {
     if (list == "audio-sources") {
         return "audio";
@@ -34,6 +32,14 @@ unsigned sourceCount(const Json::Value& cfg) {
         count += cfg.isMember(list) ? cfg[list].size() : 0;
     }
     return count;
+}
+
+// The refusal of a configuration without any source.
+[[noreturn]] void refuseNoSource(const char* what) {
+    throw CommandError(
+        kBadRequest,
+        std::string(what) +
+            " needs at least one of \"audio-sources\", \"video-sources\", \"ancillary-sources\"");
 }
 
 }  // namespace
@@ -100,33 +106,34 @@ void Emulator::buildSenderStreams(EmulatedSession& session) {
 }
 
 Json::Value Emulator::addSourceSession(const Request& r) {
-    Json::Value cfg = normaliseSourceApi(requireDocument(r));
+    Json::Value cfg = normaliseSourceApi(documentOf(r));
     const unsigned count = sourceCount(cfg);
     if (count == 0) {
-        throw CommandError(kBadRequest, "a sender session needs at least one audio, video or ancillary source");
+        refuseNoSource("a sender session");
     }
+    requireOneLineNames(cfg, "");
     EmulatedSession session = newSession(EmulatedSession::SENDER, cfg, "Session");
     buildSenderStreams(session);
     refreshSenderSdp(session);
     Json::Value reply = normaliseSourceApi(session.config);
     session.config = reply;
-    m_sessions[session.id] = session;
-    persistRunning();
+    changeSession(session.id) = session;
     Logger::log(5, "emulator: sender session %llu [%s] added with %u streams",
                 static_cast<unsigned long long>(session.id), cfg["name"].asCString(), count);
     return reply;
 }
 
 Json::Value Emulator::updateSession(const Request& r) {
-    const Json::Value& doc = requireDocument(r);
+    const Json::Value& doc = documentOf(r);
     if (!doc["session-id"].isUInt64()) {
         throw CommandError(kBadRequest, "an update needs the \"session-id\" of the session");
     }
-    EmulatedSession& session = findSession(r, "session-id");
+    EmulatedSession& session = changeSession(findSession(r, "session-id").id);
     if (session.kind == EmulatedSession::RECEIVER) {
         throw CommandError(kValueRefused, "session " + std::to_string(session.id) + " is a receiver of an advertised stream");
     }
     Json::Value cfg = normaliseSourceApi(doc);
+    requireOneLineNames(cfg, "");
     cfg["session-id"] = Json::UInt64(session.id);
     if (cfg.get("name", "").asString().empty()) {
         cfg["name"] = session.config.get("name", "").asString();
@@ -138,7 +145,6 @@ Json::Value Emulator::updateSession(const Request& r) {
         refreshSenderSdp(session);
     }
     session.config = normaliseSourceApi(session.config);
-    persistRunning();
     Logger::log(5, "emulator: session %llu updated to version %llu", static_cast<unsigned long long>(session.id),
                 static_cast<unsigned long long>(session.version));
     return emptyReply();
@@ -147,7 +153,13 @@ Json::Value Emulator::updateSession(const Request& r) {
 // ---- receiver sessions ----
 
 Json::Value Emulator::addDestinationSession(const Request& r) {
-    Json::Value cfg = normaliseDestinationApi(requireDocument(r));
+    const Json::Value& doc = documentOf(r);
+    if (!doc.isMember("user-sdp") && !doc.isMember("rem-sid")) {
+        throw CommandError(kBadRequest,
+                           "request needs the member \"rem-sid\" (an advertised session) or \"user-sdp\"");
+    }
+    Json::Value cfg = normaliseDestinationApi(doc);
+    requireOneLine(cfg["name"], "\"name\"");
     const std::string userSdp = cfg.get("user-sdp", "").asString();
     const uint64_t remote = cfg["rem-sid"].get("id", 0).asUInt64();
     const unsigned mediaIndex = cfg["rem-sid"].get("media-idx", 0).asUInt();
@@ -178,21 +190,18 @@ Json::Value Emulator::addDestinationSession(const Request& r) {
     session.sdp = sdp;
     session.streams = Json::Value(Json::arrayValue);
     session.streams.append(stream);
-    if (session.kind == EmulatedSession::RECEIVER) {
-        markAdvertisedUse(remote, true);
-    }
-    m_sessions[session.id] = session;
-    persistRunning();
+    changeSession(session.id) = session;
     Logger::log(5, "emulator: receiver session %llu [%s] added", static_cast<unsigned long long>(session.id),
                 cfg["name"].asCString());
     return cfg;
 }
 
 Json::Value Emulator::addDestinationSessionManually(const Request& r) {
-    Json::Value cfg = normaliseSourceApi(requireDocument(r));
+    Json::Value cfg = normaliseSourceApi(documentOf(r));
     if (sourceCount(cfg) == 0) {
-        throw CommandError(kBadRequest, "a receiver needs at least one stream description");
+        refuseNoSource("a receiver");
     }
+    requireOneLineNames(cfg, "");
     for (const char* list : kSourceLists) {
         if (!cfg.isMember(list)) {
             continue;
@@ -209,20 +218,16 @@ Json::Value Emulator::addDestinationSessionManually(const Request& r) {
         stream["class"] = "receiver";
     }
     session.config = normaliseSourceApi(session.config);
-    m_sessions[session.id] = session;
-    persistRunning();
+    changeSession(session.id) = session;
     return session.config;
 }
 
 // ---- common session commands ----
 
 Json::Value Emulator::removeSession(const Request& r) {
-    EmulatedSession& session = findSession(r);
-    const uint64_t id = session.id;
-    const EmulatedSession copy = session;
+    const uint64_t id = findSession(r).id;
+    changeSession(id);
     m_sessions.erase(id);
-    releaseAdvertisedUse(copy);
-    persistRunning();
     Logger::log(5, "emulator: session %llu removed", static_cast<unsigned long long>(id));
     return emptyReply();
 }
@@ -232,18 +237,23 @@ Json::Value Emulator::getSessionSdp(const Request& r) {
 }
 
 Json::Value Emulator::saveSdpInfo(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    EmulatedSession& session = changeSession(findSession(r).id);
     const Json::Value& doc = r.document;
     if (!doc["sdp"].isString() || doc["sdp"].asString().empty()) {
         throw CommandError(kBadRequest, "request needs the SDP text in \"sdp\"");
     }
     session.sdp = checkUserSdp(doc["sdp"].asString());
     ++session.version;
-    return acknowledgeChange();
+    if (session.kind == EmulatedSession::SENDER) {
+        // A sender's SDP carries its version, as the generated one does: announcements and
+        // their receivers see the change.
+        session.sdp = withSdpVersion(session.sdp, session.version);
+    }
+    return emptyReply();
 }
 
 Json::Value Emulator::pauseResumeSession(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    EmulatedSession& session = changeSession(findSession(r).id);
     if (!r.document.isMember("pause") || !r.document["pause"].isBool()) {
         throw CommandError(kBadRequest, "request needs the boolean \"pause\"");
     }
@@ -251,14 +261,16 @@ Json::Value Emulator::pauseResumeSession(const Request& r) {
     for (auto& stream : session.streams) {
         stream["state"] = session.paused ? "Paused" : "Enabled";
     }
-    persistRunning();
     Logger::log(5, "emulator: session %llu %s", static_cast<unsigned long long>(session.id),
                 session.paused ? "paused" : "resumed");
     return emptyReply();
 }
 
 Json::Value Emulator::disconnectChannels(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    EmulatedSession& session = changeSession(findSession(r).id);
+    if (!r.document["channel-list"].isArray()) {
+        throw CommandError(kBadRequest, "request needs the array \"channel-list\"");
+    }
     ChannelList requested;
     const Json::Value wanted = throughRecord(requested, r.document["channel-list"], "\"channel-list\" cannot be read");
     unsigned removed = 0;
@@ -291,12 +303,11 @@ Json::Value Emulator::disconnectChannels(const Request& r) {
             }
         }
     }
-    persistRunning();
     return memberReply("disconnected", removed);
 }
 
 Json::Value Emulator::getSessionBasicInfo(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    const EmulatedSession& session = findSession(r);
     Json::Value info;
     info["id"] = Json::UInt64(session.id);
     info["version"] = Json::UInt64(session.version);
@@ -380,7 +391,7 @@ Json::Value Emulator::getSessionTPCStatistics(const Request& r) {
 }
 
 Json::Value Emulator::getSessionCounters(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    const EmulatedSession& session = findSession(r);
     Json::Value reply;
     reply["id"] = Json::UInt64(session.id);
     Json::Value streams(Json::arrayValue);
@@ -398,7 +409,7 @@ Json::Value Emulator::getSessionCounters(const Request& r) {
 }
 
 Json::Value Emulator::getSessionInternalStatus(const Request& r) {
-    EmulatedSession& session = findSession(r);
+    const EmulatedSession& session = findSession(r);
     Json::Value reply;
     reply["id"] = Json::UInt64(session.id);
     reply["state"] = session.paused ? "Paused" : "Enabled";

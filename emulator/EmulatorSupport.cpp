@@ -1,5 +1,6 @@
 #include "EmulatorSupport.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "pimAvMngApi/model/AncillaryStreamData.h"
@@ -12,6 +13,8 @@
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 
 namespace pimav::detail {
+
+const char* const kSourceLists[3] = {"audio-sources", "video-sources", "ancillary-sources"};
 
 uint64_t requireId(const Request& r, const char* key) {
     if (!r.hasDocument || !r.document.isMember(key)) {
@@ -50,11 +53,56 @@ const Json::Value& requireObjectMember(const Request& r, const char* key) {
     return r.document[key];
 }
 
-const Json::Value& requireDocument(const Request& r) {
-    if (!r.hasDocument) {
-        throw CommandError(kBadRequest, "this command needs a request document");
+const Json::Value& documentOf(const Request& r) {
+    static const Json::Value empty(Json::objectValue);
+    return r.hasDocument ? r.document : empty;
+}
+
+std::string memberPath(const std::string& where, const char* key) {
+    return (where.empty() ? "" : where + ".") + "\"" + key + "\"";
+}
+
+void requireOneLine(const Json::Value& text, const std::string& where) {
+    if (text.isString() && text.asString().find_first_of(std::string("\r\n\0", 3)) != std::string::npos) {
+        throw CommandError(kBadRequest, where + " must not hold a line break (CR, LF) or NUL character");
     }
-    return r.document;
+}
+
+void requireOneLineNames(const Json::Value& config, const std::string& where) {
+    requireOneLine(config["name"], memberPath(where, "name"));
+    for (const char* list : kSourceLists) {
+        const Json::Value& sources = config[list];
+        for (Json::Value::ArrayIndex i = 0; sources.isArray() && i < sources.size(); ++i) {
+            requireOneLine(sources[i]["name"],
+                           memberPath(memberPath(where, list) + "[" + std::to_string(i) + "]", "name"));
+        }
+    }
+}
+
+namespace {
+
+bool deeperThan(const Json::Value& doc, unsigned levels) {
+    if (!doc.isObject() && !doc.isArray()) {
+        return false;
+    }
+    if (levels == 0) {
+        return true;
+    }
+    for (const auto& child : doc) {
+        if (deeperThan(child, levels - 1)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+void requireBoundedDepth(const Json::Value& doc, const std::string& where) {
+    if (deeperThan(doc, kMaxStoredDepth)) {
+        throw CommandError(kDocumentTooLarge,
+                           where + " is nested deeper than " + std::to_string(kMaxStoredDepth) + " levels");
+    }
 }
 
 // Refuses with the user messages that a validation left in the collector.
@@ -85,6 +133,24 @@ std::string dotted(uint32_t address) {
 
 bool addressUnset(const Json::Value& v) {
     return !v.isString() || v.asString().empty() || v.asString() == "0.0.0.0";
+}
+
+std::string withSdpVersion(const std::string& sdp, uint64_t version) {
+    // o=<username> <sess-id> <sess-version> <nettype> <addrtype> <address>
+    const size_t line = sdp.rfind("o=", 0) == 0 ? 0 : sdp.find("\no=");
+    if (line == std::string::npos) {
+        return sdp;
+    }
+    const size_t lineEnd = std::min(sdp.find_first_of("\r\n", line + 1), sdp.size());
+    const size_t idStart = sdp.find(' ', line);
+    const size_t versionStart = idStart < lineEnd ? sdp.find(' ', idStart + 1) : std::string::npos;
+    if (versionStart >= lineEnd) {
+        return sdp;
+    }
+    const size_t versionEnd = std::min(sdp.find(' ', versionStart + 1), lineEnd);
+    std::string out = sdp;
+    out.replace(versionStart + 1, versionEnd - versionStart - 1, std::to_string(version));
+    return out;
 }
 
 void readThrough(IJsonSerializable& record, Json::Value doc, const std::string& refusal) {
@@ -118,6 +184,16 @@ Json::Value normaliseSourceApi(const Json::Value& doc) {
 }
 
 Json::Value normaliseDestinationApi(const Json::Value& doc) {
+    if (!doc.isObject()) {
+        throw CommandError(kBadRequest, "a receiver configuration must be a JSON object");
+    }
+    // The members that the record reads but does not write are kept as given: checked first.
+    if (doc.isMember("source-ip") && !doc["source-ip"].isString()) {
+        throw CommandError(kBadRequest, "\"source-ip\" must be an address text");
+    }
+    if (doc.isMember("network-index") && !doc["network-index"].isInt()) {
+        throw CommandError(kBadRequest, "\"network-index\" must be an integer");
+    }
     DestinationApi api;
     Json::Value out = throughRecord(api, doc, "receiver configuration cannot be read");
     for (const char* kept : {"source-ip", "network-index"}) {

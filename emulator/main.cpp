@@ -1,7 +1,8 @@
 // avmng-emulator: a stand-in for the device's AV manager daemon. It answers the 56
 // commands of the client library over ZeroMQ on loopback, keeps sessions, advertised
 // sessions, saved configurations and device settings, and persists them in a directory
-// so that a restart loses nothing.
+// so that a restart loses nothing. With --sap-* options it also learns and announces
+// sessions over SAP (EmulatorSap).
 
 #include <csignal>
 #include <cstdlib>
@@ -10,7 +11,10 @@
 #include <CLI/CLI.hpp>
 
 #include "Emulator.h"
+#include "EmulatorSap.h"
+#include "common/ModuleOption.h"
 #include "common/RequestServer.h"
+#include "pimAvMngApi/device/BoardModel.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/version.h"
 
@@ -45,14 +49,48 @@ int main(int argc, char** argv) {
     int logLevel = 4;
     app.add_option("--bind", bind, "ZeroMQ endpoint to bind")->capture_default_str();
     app.add_option("--advertise", options.advertiseDir,
-                   "folder of .sdp files loaded as advertised sessions (file name = URL)");
+                   "folder of .sdp files loaded as advertised sessions (file name = URL)")
+        ->check(CLI::ExistingDirectory);
     app.add_option("--config-dir", options.configDir, "folder of saved configurations and running state")
         ->capture_default_str();
-    app.add_option("--board", options.board, "board model (JUNIPER, JUNIPER_QH, DAMSON, ...)")->capture_default_str();
-    app.add_option("--module", options.module, "bitstream module of the board")->capture_default_str();
-    app.add_option("--local-ip", options.localAddress, "the board's own address")->capture_default_str();
-    app.add_option("--log-level", logLevel, "log threshold 0..7")->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
+    app.add_option("--board", options.board, "board model (JUNIPER, JUNIPER_QH, DAMSON, ...)")
+        ->capture_default_str()
+        ->check([](const std::string& text) {
+            BoardModelType model;
+            return boardModelTypeFromString(text, model) ? std::string() : "unknown board model " + text;
+        });
+    app.add_option("--module", options.module, "bitstream module of the board")
+        ->capture_default_str()
+        ->check([](const std::string& text) {
+            BitstreamType::module_t module;
+            return moduleFromOption(text, module) ? std::string() : "unknown board module " + text;
+        });
+    app.add_option("--local-ip", options.localAddress, "the board's own address")
+        ->capture_default_str()
+        ->check(CLI::ValidIPV4);
+    app.add_option("--log-level", logLevel, "log threshold 0..7")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 7));
+    app.add_option("--max-sessions", options.maxSessions, "sessions the device runs at most")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--max-advertised", options.maxAdvertised, "advertised sessions kept at most")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--max-state-bytes", options.maxStateBytes, "bytes of running state kept at most")
+        ->capture_default_str()
+        ->check(CLI::Range(size_t{4096}, size_t{1} << 30));
+    EmulatorSapOptions sapOptions;
+    addSapOptions(app, sapOptions);
+    // Usage errors: one line on stderr and exit status 2, as the other tools.
+    app.failure_message([](const CLI::App*, const CLI::Error& e) {
+        return "avmng-emulator: " + std::string(e.what()) + " (see --help)\n";
+    });
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        return app.exit(e) == 0 ? 0 : 2;
+    }
 
     Logger::getInstance()->setThreshold(logLevel);
 
@@ -63,8 +101,10 @@ int main(int argc, char** argv) {
 
     try {
         Emulator emulator(options);
+        EmulatorSap sap(emulator, sapOptions);
         zmq::context_t context(1);
         RequestServer server(context, bind);
+        sap.attach(server);
         Logger::log(4, "avmng-emulator: listening on %s (board %s, module %s, state in %s)", bind.c_str(),
                     options.board.c_str(), options.module.c_str(), options.configDir.c_str());
         std::cout << "avmng-emulator ready on " << bind << std::endl;
@@ -74,7 +114,9 @@ int main(int argc, char** argv) {
                 if (g_reload.exchange(false)) {
                     emulator.reloadAdvertised();
                 }
+                sap.syncSenders(EmulatorSap::Clock::now());
             });
+        sap.withdrawAll();
         Logger::log(4, "avmng-emulator: stopping after %llu requests",
                     static_cast<unsigned long long>(server.requestsServed()));
     } catch (const zmq::error_t& e) {

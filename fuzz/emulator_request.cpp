@@ -9,57 +9,27 @@
 // (/dev/shm when present), so that a finding replays from its input alone.
 
 #include <json/json.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Emulator.h"
+#include "FuzzSupport.h"
 #include "common/RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "platform/IpcWire.h"
 
 using namespace pimav::detail;
 
-namespace {
-
-std::string stateRoot() {
-    static const std::string root = [] {
-        std::string pattern = (access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + std::string("/emu-fuzz-XXXXXX");
-        return std::string(::mkdtemp(pattern.data()));
-    }();
-    return root;
-}
-
-std::vector<std::string> splitRequests(const std::string& input) {
-    std::vector<std::string> parts;
-    size_t start = 0;
-    while (parts.size() < 4) {
-        const size_t sep = input.find("\n--\n", start);
-        parts.push_back(input.substr(start, sep == std::string::npos ? std::string::npos : sep - start));
-        if (sep == std::string::npos) {
-            break;
-        }
-        start = sep + 4;
-    }
-    return parts;
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Logger::getInstance()->setThreshold(0);
-    const std::string dir = stateRoot() + "/state";
-    std::error_code ignored;
-    std::filesystem::remove_all(dir, ignored);
     EmulatorOptions options;
-    options.configDir = dir;
+    options.configDir = freshFuzzStateDir();
     Emulator emulator(options);
-    for (const std::string& part : splitRequests(std::string(reinterpret_cast<const char*>(data), size))) {
+    for (const std::string& part : splitFuzzInput(std::string(reinterpret_cast<const char*>(data), size), 4)) {
         if (part.empty()) {
             continue;
         }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "FuzzSupport.h"
 #include "pimAvMngApi/pimAvMngApi.h"
 
 namespace {
@@ -107,8 +108,7 @@ void feedAll(const Json::Value& doc) {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    Logger::getInstance()->setThreshold(7);  // format every line, then drop it
-    Logger::getInstance()->setSink([](int, const std::string&) {});
+    pimav::detail::formatAndDropLogLines();
     return 0;
 }
 

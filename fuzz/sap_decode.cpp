@@ -10,15 +10,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "pimAvMngApi/platform/Logger.h"
+#include "FuzzSupport.h"
 #include "sap/SapDirectory.h"
 #include "sap/SapPacket.h"
 
 using namespace pimav::detail;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    Logger::getInstance()->setThreshold(7);  // format every line, then drop it
-    Logger::getInstance()->setSink([](int, const std::string&) {});
+    formatAndDropLogLines();
     return 0;
 }
 

@@ -8,36 +8,15 @@
 #include <cstdint>
 #include <string>
 
-#include "pimAvMngApi/device/BoardModel.h"
+#include "FuzzSupport.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
-#include "pimAvMngApi/platform/Logger.h"
-#include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
-namespace {
-
-// The boards whose behaviour differs: ST 2022-6 video, channel orders, neither.
-const BoardModel& boardFor(uint8_t selector) {
-    static const BoardModel boards[] = {
-        BoardModel(DAMSON, BitstreamType::MODULE_SDI_TR04),
-        BoardModel(MAPLE, BitstreamType::MODULE_SDI_ST2110),
-        BoardModel(BIRCH_AES67, BitstreamType::MODULE_NA),
-    };
-    return boards[selector % 3];
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const bool configured = [] {
-        Logger::getInstance()->setThreshold(7);
-        Logger::getInstance()->setSink([](int, const std::string&) {});
-        return true;
-    }();
-    (void)configured;
+    pimav::detail::formatAndDropLogLines();
 
     const std::string text(reinterpret_cast<const char*>(data), size);
-    SystemDefaultCfg::getInstance()->setBoardModel(boardFor(size > 0 ? data[size - 1] : 0));
+    pimav::detail::selectBoard(size > 0 ? data[size - 1] : 0);
 
     SdpConverter converter;
     if (converter.parseSdp(text) == 0) {

@@ -49,7 +49,7 @@ void SapDirectory::announce(const SapPacket& packet, const std::string& sessionI
         it = m_entries.emplace(key, std::move(entry)).first;
         m_by_hash[{packet.origin, packet.hash}] = key;
         schedule(key, it->second);
-        emit(SapChange::Added, it->second.url, "", packet.sdp);
+        emit(SapChange::Added, key, it->second.url, "", packet.sdp);
         return;
     }
     Entry& entry = it->second;
@@ -63,7 +63,7 @@ void SapDirectory::announce(const SapPacket& packet, const std::string& sessionI
         // new text through.
         if (entry.sdp != packet.sdp) {
             entry.sdp = packet.sdp;
-            emit(SapChange::Replaced, entry.url, entry.url, entry.sdp);
+            emit(SapChange::Replaced, key, entry.url, entry.url, entry.sdp);
         }
         return;
     }
@@ -73,7 +73,7 @@ void SapDirectory::announce(const SapPacket& packet, const std::string& sessionI
     entry.url = sapUrl(packet.origin, port, packet.hash);
     entry.sdp = packet.sdp;
     m_by_hash[{packet.origin, packet.hash}] = key;
-    emit(SapChange::Replaced, entry.url, std::move(previousUrl), entry.sdp);
+    emit(SapChange::Replaced, key, entry.url, std::move(previousUrl), entry.sdp);
 }
 
 void SapDirectory::remove(const SapPacket& packet, bool haveSessionId, const std::string& sessionId) {
@@ -89,18 +89,20 @@ void SapDirectory::remove(const SapPacket& packet, bool haveSessionId, const std
                     packet.origin.toString().c_str(), static_cast<unsigned>(packet.hash));
         return;
     }
+    const Key key = it->first;
     std::string url = it->second.url;
     erase(it);
-    emit(SapChange::Deleted, std::move(url));
+    emit(SapChange::Deleted, key, std::move(url));
 }
 
 size_t SapDirectory::expire(Clock::time_point now) {
     size_t count = 0;
     while (!m_deadlines.empty() && m_deadlines.begin()->first <= now) {
         const auto it = m_entries.find(m_deadlines.begin()->second);
+        const Key key = it->first;
         std::string url = it->second.url;
         erase(it);
-        emit(SapChange::Expired, std::move(url));
+        emit(SapChange::Expired, key, std::move(url));
         ++count;
     }
     return count;
@@ -139,11 +141,14 @@ void SapDirectory::unindex(const Key& key, uint16_t hash) {
     }
 }
 
-void SapDirectory::emit(SapChange::Kind kind, std::string url, std::string previousUrl, std::string sdp) {
+void SapDirectory::emit(SapChange::Kind kind, const Key& key, std::string url, std::string previousUrl,
+                        std::string sdp) {
     Logger::log(5, "SAP: %s %s", sapChangeWord(kind), url.c_str());
     if (m_sink) {
         SapChange change;
         change.kind = kind;
+        change.origin = key.origin;
+        change.sessionId = key.sessionId;
         change.url = std::move(url);
         change.previousUrl = std::move(previousUrl);
         change.sdp = std::move(sdp);

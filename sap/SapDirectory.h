@@ -27,6 +27,10 @@ namespace pimav::detail {
 struct SapChange {
     enum Kind { Added, Replaced, Deleted, Expired };
     Kind kind = Added;
+    // The session: its announcing host and o= session id. Unlike the URL, they tell two
+    // sessions of one host apart when their hashes collide.
+    SapOrigin origin;
+    std::string sessionId;
     std::string url;
     // Replaced: the URL the entry had before (the same URL when only the SDP text changed).
     std::string previousUrl;
@@ -87,7 +91,8 @@ private:
     void schedule(const Key& key, Entry& entry);
     void erase(std::map<Key, Entry>::iterator it);
     void unindex(const Key& key, uint16_t hash);
-    void emit(SapChange::Kind kind, std::string url, std::string previousUrl = "", std::string sdp = "");
+    void emit(SapChange::Kind kind, const Key& key, std::string url, std::string previousUrl = "",
+              std::string sdp = "");
 
     Sink m_sink;
     Clock::duration m_fixed_timeout;

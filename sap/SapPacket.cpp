@@ -245,6 +245,11 @@ std::string encodeSap(const SapPacket& packet) {
     return out;
 }
 
+SapError decodeSapQuietly(const uint8_t* data, size_t size, SapPacket& out, size_t maxPayload) {
+    bool originRead = false;
+    return decodeFields(data, size, out, maxPayload, originRead);
+}
+
 SapError decodeSap(const uint8_t* data, size_t size, SapPacket& out, size_t maxPayload) {
     bool originRead = false;
     const SapError error = decodeFields(data, size, out, maxPayload, originRead);

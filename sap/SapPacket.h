@@ -89,6 +89,8 @@ SapError decodeSap(const uint8_t* data, size_t size, SapPacket& out, size_t maxP
 inline SapError decodeSap(const std::string& bytes, SapPacket& out, size_t maxPayload = kSapMaxPayload) {
     return decodeSap(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), out, maxPayload);
 }
+// The same without the log line, for a caller that counts refusals and logs them itself.
+SapError decodeSapQuietly(const uint8_t* data, size_t size, SapPacket& out, size_t maxPayload = kSapMaxPayload);
 
 // `sap://HOST:PORT/HASH` with the hash as four lowercase hex digits: the name under which a
 // listener knows an announced session.

@@ -154,17 +154,29 @@ bool UdpSocket::receive(std::string& bytes, UdpEndpoint& from, int timeoutMs) {
     }
     // The largest UDP payload over IPv4.
     bytes.resize(65507);
+    const long n = tryReceive(reinterpret_cast<uint8_t*>(&bytes[0]), bytes.size(), from);
+    bytes.resize(n < 0 ? 0 : static_cast<size_t>(n));
+    return n >= 0;
+}
+
+long UdpSocket::tryReceive(uint8_t* buffer, size_t capacity, UdpEndpoint& from) {
     sockaddr_in addr{};
     socklen_t length = sizeof addr;
     const ssize_t n =
-        ::recvfrom(m_fd, &bytes[0], bytes.size(), 0, reinterpret_cast<sockaddr*>(&addr), &length);
+        ::recvfrom(m_fd, buffer, capacity, MSG_DONTWAIT, reinterpret_cast<sockaddr*>(&addr), &length);
     if (n < 0) {
-        bytes.clear();
-        return false;
+        return -1;
     }
-    bytes.resize(static_cast<size_t>(n));
     from = endpointOf(addr);
-    return true;
+    return static_cast<long>(n);
+}
+
+int UdpSocket::setReceiveBuffer(int bytes) {
+    ::setsockopt(m_fd, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+    int granted = 0;
+    socklen_t length = sizeof granted;
+    ::getsockopt(m_fd, SOL_SOCKET, SO_RCVBUF, &granted, &length);
+    return granted;
 }
 
 }  // namespace pimav::detail

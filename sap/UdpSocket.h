@@ -54,6 +54,13 @@ public:
     // Waits up to `timeoutMs` (negative: without limit) for one datagram. False on timeout
     // or when interrupted by a signal.
     bool receive(std::string& bytes, UdpEndpoint& from, int timeoutMs);
+    // Reads one datagram that is already waiting into `buffer` (a longer one is cut to
+    // `capacity`): its size, or -1 when none is waiting. Never blocks, so a poll loop drains
+    // a socket with it.
+    long tryReceive(uint8_t* buffer, size_t capacity, UdpEndpoint& from);
+    // Asks for a receive buffer of `bytes`, so that bursts wait in the kernel rather than
+    // being dropped; the kernel caps it (net.core.rmem_max). Returns the size granted.
+    int setReceiveBuffer(int bytes);
 
 private:
     explicit UdpSocket(int fd) : m_fd(fd) {}

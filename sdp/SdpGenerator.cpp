@@ -3,7 +3,9 @@
 
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
@@ -36,6 +38,62 @@ void appendClockAndSource(std::string& out, const SdpMedia& media, const IpText&
     appendFormat(out, "a=mediaclk:direct=%u%s", media.m_media_clock, eol);
     appendFormat(out, "a=source-filter: incl IN IP4 %s %s%s", transport.c_str(),
                  IpText(media.m_local_ip).c_str(), eol);
+}
+
+// A CR, LF or NUL in a field would end the field's line early and let the rest of the
+// field stand as a line of its own (a text field could add "m=" or "a=" lines).
+bool breaksLine(const std::string& text) {
+    return text.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos;
+}
+
+// A text field and whether the generator writes it.
+struct TextField {
+    bool written;
+    const char* name;
+    const std::string& text;
+};
+
+const char* firstBroken(std::initializer_list<TextField> fields) {
+    for (const TextField& field : fields) {
+        if (field.written && breaksLine(field.text)) {
+            return field.name;
+        }
+    }
+    return nullptr;
+}
+
+// The first text field of the session lines that would break its line, or nullptr.
+const char* brokenHeaderField(const SdpSession& session) {
+    if (const char* field = firstBroken(
+            {{true, "session user name", session.m_user_name}, {true, "session name", session.m_info}})) {
+        return field;
+    }
+    if (session.m_media.size() >= 2) {
+        for (const SdpMedia& media : session.m_media) {
+            if (breaksLine(media.m_group)) {
+                return "media group";
+            }
+        }
+    }
+    return nullptr;
+}
+
+// The same for the lines of one media description, as generateSessionMedia writes them.
+const char* brokenMediaField(const SdpMedia& media, bool isDup) {
+    const bool video = media.m_type == SdpMedia::VIDEO;
+    return firstBroken({{media.m_type == SdpMedia::AUDIO, "protocol", media.m_protocol},
+                        {true, "title", media.m_info},
+                        {true, "PTP grandmaster", media.m_ptp_gm_id},
+                        {video, "sampling", media.m_sampling},
+                        {video, "colorimetry", media.m_colorimetry},
+                        {video, "packing mode", media.m_packing_mode},
+                        {video, "sender type", media.m_sender_type},
+                        {isDup, "group", media.m_group}});
+}
+
+int refuseBrokenField(const std::string& field) {
+    Logger::log(2, "SDP:: %s holds a CR, LF or NUL character; no SDP generated", field.c_str());
+    return -1;
 }
 
 // Float to unsigned as the device's Arm core converts: truncation toward zero,
@@ -77,10 +135,21 @@ int SdpConverter::generateSdp(SdpSession* session) {
 }
 
 int SdpConverter::generateSdpString() {
+    // A session that would write a line break inside a field gets no text at all.
+    const bool isDup = m_session.m_media.size() >= 2;
+    for (size_t i = 0; i < m_session.m_media.size(); ++i) {
+        if (const char* field = brokenMediaField(m_session.m_media[i], isDup)) {
+            m_sdp.clear();
+            return refuseBrokenField("media " + std::to_string(i) + " " + field);
+        }
+    }
+    if (const char* field = brokenHeaderField(m_session)) {
+        m_sdp.clear();
+        return refuseBrokenField(field);
+    }
     std::string text;
     text.reserve(512 + 512 * m_session.m_media.size());
     generateSdpHeader(text);
-    const bool isDup = m_session.m_media.size() >= 2;
     int result = 0;
     for (SdpMedia& media : m_session.m_media) {
         const int mediaResult = generateSessionMedia(text, media, isDup);
@@ -93,6 +162,9 @@ int SdpConverter::generateSdpString() {
 }
 
 int SdpConverter::generateSdpHeader(std::string& out) {
+    if (const char* field = brokenHeaderField(m_session)) {
+        return refuseBrokenField(field);
+    }
     appendSessionHead(out, m_session, "\n");
     appendFormat(out, "t=%u %u\n", m_session.m_time.m_start, m_session.m_time.m_stop);
     if (m_session.m_media.size() >= 2) {
@@ -107,6 +179,9 @@ int SdpConverter::generateSdpHeader(std::string& out) {
 }
 
 int SdpConverter::generateSessionMedia(std::string& out, SdpMedia& media, bool isDup) {
+    if (const char* field = brokenMediaField(media, isDup)) {
+        return refuseBrokenField(std::string("media ") + field);
+    }
     const int firstPayloadType = media.m_rtp_maps.empty() ? 0 : media.m_rtp_maps[0].m_payload_type;
     if (media.m_type == SdpMedia::AUDIO) {
         appendFormat(out, "m=audio %u %s", media.m_udp_port, media.m_protocol.c_str());
@@ -199,6 +274,12 @@ int SdpConverter::generateDanteSdp(std::string& out) {
     }
     const SdpMedia& media = m_session.m_media[0];
     const SdpMediaRtpMap& map = media.m_rtp_maps[0];
+    if (const char* field = firstBroken({{true, "session user name", m_session.m_user_name},
+                                         {true, "session name", m_session.m_info},
+                                         {true, "media 0 protocol", media.m_protocol},
+                                         {true, "media 0 PTP grandmaster", media.m_ptp_gm_id}})) {
+        return refuseBrokenField(field);
+    }
     const IpText transport(media.m_transport_ip);
     appendSessionHead(out, m_session, "\r\n");
     appendFormat(out, "c=IN IP4 %s/%d\r\n", transport.c_str(), media.m_ttl);

@@ -13,6 +13,17 @@
 
 using namespace pimav::detail;
 
+namespace {
+
+// The member `key` of `in`, or `absent` when it has none. get() would copy the member's
+// whole subtree, which shows when a client reads thousands of advertised sessions. Like
+// get(), it throws for an `in` that is neither an object nor null.
+Json::Value& memberOf(Json::Value& in, const char* key, Json::Value& absent) {
+    return in.isMember(key) ? in[key] : absent;
+}
+
+}  // namespace
+
 // ---- SdpSessionTime ----
 
 void SdpSessionTime::Serialize(Json::Value& out) const {
@@ -109,7 +120,8 @@ void SdpMedia::Deserialize(Json::Value& in) {
     m_group = in.get("group", "").asString();
     m_media_clock = in.get("mediaclk", 0u).asUInt();
     m_clock_is_ptp = in.get("clock-is-ptp", false).asBool();
-    const Json::Value ptp = in.get("ptp", Json::Value());
+    Json::Value none;
+    const Json::Value& ptp = memberOf(in, "ptp", none);
     m_ptp_gm_id = ptp.get("gmid", "").asString();
     m_ptp_domain = static_cast<uint8_t>(ptp.get("domain", 0u).asUInt());
     readAddress(m_local_ip, in.get("local-ip", "").asString());
@@ -121,13 +133,12 @@ void SdpMedia::Deserialize(Json::Value& in) {
         m_sampling = video.get("sampling", "").asString();
         m_colorimetry = video.get("colorimetry", "").asString();
     }
-    Json::Value maps = in.get("rtpmap", Json::Value());
-    for (Json::Value& element : maps) {
+    for (Json::Value& element : memberOf(in, "rtpmap", none)) {
         SdpMediaRtpMap map;
         map.Deserialize(element);
         m_rtp_maps.push_back(map);
     }
-    for (const Json::Value& element : in.get("payload_types", Json::Value())) {
+    for (const Json::Value& element : memberOf(in, "payload_types", none)) {
         m_payload_types.push_back(static_cast<uint8_t>(element.asUInt()));
     }
 }
@@ -174,15 +185,14 @@ void SdpSession::Deserialize(Json::Value& in) {
     m_user_name = in.get("user-name", "").asString();
     m_session_id = in.get("id", Json::Value(static_cast<Json::UInt64>(0))).asUInt64();
     m_session_version = in.get("version", Json::Value(static_cast<Json::UInt64>(0))).asUInt64();
-    Json::Value time = in.get("time", Json::Value());
-    m_time.Deserialize(time);
+    Json::Value none;
+    m_time.Deserialize(memberOf(in, "time", none));
     m_info = in.get("info", "").asString();
     readAddress(m_local_ip, in.get("local-ip", "").asString());
-    Json::Value media = in.get("media", Json::Value());
-    for (Json::Value& element : media) {
+    for (Json::Value& element : memberOf(in, "media", none)) {
         SdpMedia entry;
         entry.Deserialize(element);
-        m_media.push_back(entry);
+        m_media.push_back(std::move(entry));
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 #include <iomanip>
-#include <memory>
+#include <sstream>
 
 #include "api/CommandTable.h"
 
@@ -52,6 +52,9 @@ std::string describeCode(int code) {
         case -14: return "session id 0";
         case -16: return "no such entry or no free position";
         case -23: return "an empty configuration file selected as start-up";
+        case -30: return "the device cannot write its state";
+        case -31: return "a limit of the device is reached";
+        case -32: return "document too large or too deep";
         default: return ClientJsonApi::describeError(code);
     }
 }
@@ -92,9 +95,7 @@ Json::Value CtlJsonApi::call(unsigned id, Json::Value& request, bool hasRequest)
         rc = sendMessage(msg, reply);
     }
     if (rc < 0) {
-        ErrorReport report;
-        getLastErrorMessage(report);
-        throw Failure(rc, report.text.empty() ? "to " + getIpcConnectAddress() : report.text);
+        throw failure(rc);
     }
     if (reply.isObject() && reply.isMember("error") && reply["error"].isObject()) {
         const Json::Value& error = reply["error"];
@@ -103,6 +104,17 @@ Json::Value CtlJsonApi::call(unsigned id, Json::Value& request, bool hasRequest)
         throw Failure(code < 0 ? code : -13, detail);
     }
     return reply;
+}
+
+Failure CtlJsonApi::failure(int code) {
+    ErrorReport report;
+    getLastErrorMessage(report);
+    if (report.text.empty()) {
+        return Failure(code, "to " + getIpcConnectAddress());
+    }
+    // Failure writes the code's text itself.
+    const std::string known = std::string(ClientJsonApi::describeError(code)) + ": ";
+    return Failure(code, report.text.rfind(known, 0) == 0 ? report.text.substr(known.size()) : report.text);
 }
 
 int commandIdOf(const std::string& text) {
@@ -135,14 +147,23 @@ std::vector<std::string> commandWords() {
     return words;
 }
 
-void printCommands(std::ostream& out) {
+VerbOutput commandList() {
+    VerbOutput output{Json::Value(Json::arrayValue), {}};
+    std::ostringstream text;
     for (const CommandRow& row : kCommandRows) {
         std::string description;
         Aes67Commands::getCommandNameStr(row.id, description);
-        const std::string method = row.shape != CommandShape::NONE ? row.method : "-";
-        out << std::setw(2) << row.id << "  " << std::left << std::setw(30) << method << "  " << description
-            << std::right << "\n";
+        const bool hasMethod = row.shape != CommandShape::NONE;
+        Json::Value& item = output.json.append(Json::Value(Json::objectValue));
+        item["id"] = row.id;
+        item["method"] = hasMethod ? Json::Value(row.method) : Json::Value();
+        item["enum"] = row.enumName;
+        item["description"] = description;
+        text << std::setw(2) << row.id << "  " << std::left << std::setw(30) << (hasMethod ? row.method : "-")
+             << "  " << description << std::right << "\n";
     }
+    output.text = text.str();
+    return output;
 }
 
 std::string renderJson(const Json::Value& value, bool pretty) {
@@ -150,20 +171,6 @@ std::string renderJson(const Json::Value& value, bool pretty) {
     builder["indentation"] = pretty ? "  " : "";
     builder["emitUTF8"] = true;
     return Json::writeString(builder, value);
-}
-
-bool parseJson(const std::string& text, Json::Value& doc, std::string& errors) {
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    if (!reader->parse(text.data(), text.data() + text.size(), &doc, &errors)) {
-        const auto newline = errors.find('\n');
-        if (newline != std::string::npos) {
-            errors = errors.substr(0, newline);
-        }
-        return false;
-    }
-    return true;
 }
 
 }  // namespace pimav::detail

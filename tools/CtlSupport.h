@@ -1,16 +1,17 @@
 #pragma once
 
 // Pieces of avmngctl: the client subclass with the user's endpoint and time limit, the
-// command-name table, and the typed verbs.
+// command-name table, and the verbs, each giving a JSON document and its text form.
 
 #include <json/json.h>
 
+#include <functional>
+#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "common/AtomicFile.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
 
 namespace pimav::detail {
@@ -41,6 +42,16 @@ public:
     // through the transport directly). Throws Failure on a transport failure or when the
     // reply carries an "error" member; returns the reply.
     Json::Value call(unsigned id, Json::Value& request, bool hasRequest);
+
+    // The failure of a library call that returned `code`, with the detail it reported.
+    Failure failure(int code);
+};
+
+// What a verb prints: `json` with --json; otherwise `text`, written from `json` (none: the
+// JSON document itself).
+struct VerbOutput {
+    Json::Value json;
+    std::optional<std::string> text;
 };
 
 // Command id of a decimal number, a method name (getSessionSdp) or an enum name
@@ -48,18 +59,25 @@ public:
 int commandIdOf(const std::string& text);
 // The words commandIdOf accepts: every id, and the method name of each command that has one.
 std::vector<std::string> commandWords();
-void printCommands(std::ostream& out);
+// [{"id", "method" (null for none), "enum", "description"}].
+VerbOutput commandList();
 
 std::string renderJson(const Json::Value& value, bool pretty);
-bool parseJson(const std::string& text, Json::Value& doc, std::string& errors);
 
-// Typed verbs.
-void printSessions(CtlJsonApi& api, std::ostream& out);
-void printAdvertised(CtlJsonApi& api, std::ostream& out);
-Json::Value addSource(CtlJsonApi& api, const Json::Value& document);
-Json::Value addDestination(CtlJsonApi& api, const Json::Value& document);
-void printClock(CtlJsonApi& api, std::ostream& out);
-void printFiles(CtlJsonApi& api, std::ostream& out);
-void printAlarms(CtlJsonApi& api, std::ostream& out);
+// Typed verbs; their JSON shapes are listed in README.md.
+VerbOutput sessions(CtlJsonApi& api);
+VerbOutput advertised(CtlJsonApi& api);
+// Takes a one-line warning to show.
+using Warn = std::function<void(const std::string&)>;
+// `document` is the user's SourceApi or DestinationApi document, read from `source` (a
+// file name for the messages); members the record ignores are named in a warning before
+// the request is sent.
+VerbOutput addSource(CtlJsonApi& api, const Json::Value& document, const std::string& source,
+                     const Warn& warn);
+VerbOutput addDestination(CtlJsonApi& api, const Json::Value& document, const std::string& source,
+                          const Warn& warn);
+VerbOutput clock(CtlJsonApi& api);
+VerbOutput files(CtlJsonApi& api);
+VerbOutput alarms(CtlJsonApi& api);
 
 }  // namespace pimav::detail

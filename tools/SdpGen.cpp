@@ -4,14 +4,15 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <set>
 #include <sstream>
 
 #include "SdpLintText.h"
-#include "common/AtomicFile.h"
+#include "UserDocument.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 
 namespace pimav::detail {
@@ -172,19 +173,30 @@ GenResult generateForReceivers(const Json::Value& doc, const GenOptions& options
     return result;
 }
 
+RecordRoundTrip sessionRoundTrip() {
+    return [](const Json::Value& doc) {
+        SdpSession session;
+        Json::Value in = doc;
+        session.Deserialize(in);
+        readMediaExtras(doc, session);
+        Json::Value out;
+        session.Serialize(out);
+        writeMediaExtras(session, out);
+        return out;
+    };
+}
+
 int runGen(const GenOptions& options, std::ostream& out, std::ostream& err) {
-    std::string text;
-    if (!readWholeFile(options.file, text)) {
-        err << options.file << ": cannot read" << std::endl;
+    Json::Value doc;
+    std::string error;
+    std::string warning;
+    if (!readJsonObjectFile(options.file, doc, error) ||
+        !checkUserDocument(options.file, doc, sessionRoundTrip(), error, warning)) {
+        err << error << std::endl;
         return 2;
     }
-    Json::CharReaderBuilder builder;
-    std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    Json::Value doc;
-    std::string errors;
-    if (!reader->parse(text.data(), text.data() + text.size(), &doc, &errors) || !doc.isObject()) {
-        err << options.file << ": not a JSON session document " << errors << std::endl;
-        return 2;
+    if (!warning.empty()) {
+        err << warning << std::endl;
     }
     const GenResult result = generateForReceivers(doc, options);
     for (const std::string& notice : result.notices) {
@@ -200,8 +212,9 @@ int runGen(const GenOptions& options, std::ostream& out, std::ostream& err) {
     }
     std::ofstream file(options.output, std::ios::binary);
     file << result.sdp;
+    file.flush();
     if (!file) {
-        err << options.output << ": cannot write" << std::endl;
+        err << options.output << ": cannot write: " << std::strerror(errno) << std::endl;
         return 2;
     }
     return 0;

@@ -13,6 +13,7 @@
 
 #include <json/json.h>
 
+#include "UserDocument.h"
 #include "pimAvMngApi/sdp/SdpSession.h"
 
 namespace pimav::detail {
@@ -50,6 +51,10 @@ struct GenResult {
 
 // The text of a session document in the form receivers take.
 GenResult generateForReceivers(const Json::Value& doc, const GenOptions& options);
+
+// Reads a session document with the tool's own keys (the form of `sdptool json`) into a
+// fresh session and returns what it writes.
+RecordRoundTrip sessionRoundTrip();
 
 // Reads the document and writes the text; the status as in GenResult, 2 also for an
 // unreadable document or output.

@@ -12,7 +12,7 @@
 #include <sstream>
 #include <tuple>
 
-#include "common/AtomicFile.h"
+#include "UserDocument.h"
 
 namespace pimav::detail {
 
@@ -369,8 +369,9 @@ int runLint(const LintOptions& options, std::ostream& out, std::ostream& err) {
     Json::Value all(Json::arrayValue);
     for (const std::string& path : options.files) {
         std::string text;
-        if (!readWholeFile(path, text)) {
-            err << path << ": cannot read\n";
+        std::string error;
+        if (!readUserFile(path, text, error)) {
+            err << error << "\n";
             status = 2;
             continue;
         }

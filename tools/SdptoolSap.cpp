@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "SdptoolSupport.h"
+#include "UserDocument.h"
 #include "sap/SapAnnouncer.h"
 #include "sap/SapPacket.h"
 #include "sap/UdpSocket.h"
@@ -158,8 +159,9 @@ int runAnnounce(const SapAnnounceArgs& args) {
     }
     std::vector<std::string> texts(args.files.size());
     for (size_t i = 0; i < args.files.size(); ++i) {
-        if (!readWholeFile(args.files[i], texts[i])) {
-            std::cerr << args.files[i] << ": cannot read" << std::endl;
+        std::string error;
+        if (!readUserFile(args.files[i], texts[i], error)) {
+            std::cerr << error << std::endl;
             return 2;
         }
     }

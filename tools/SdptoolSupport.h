@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "common/AtomicFile.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 

@@ -21,18 +21,18 @@
 #include <CLI/CLI.hpp>
 
 #include "CliComplete.h"
-#include "common/AtomicFile.h"
+#include "SdpExplain.h"
+#include "SdpGen.h"
+#include "SdpLint.h"
+#include "SdptoolSap.h"
+#include "SdptoolSupport.h"
+#include "UserDocument.h"
 #include "common/ModuleOption.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
-#include "SdpExplain.h"
-#include "SdpGen.h"
-#include "SdpLint.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 #include "pimAvMngApi/version.h"
-#include "SdptoolSap.h"
-#include "SdptoolSupport.h"
 
 using namespace pimav::detail;
 
@@ -49,8 +49,9 @@ std::string render(const Json::Value& value) {
 // the parser's result.
 int parseFile(const std::string& path, SdpConverter& converter, bool quietOk, bool verbose) {
     std::string text;
-    if (!readWholeFile(path, text)) {
-        std::cerr << path << ": cannot read" << std::endl;
+    std::string error;
+    if (!readUserFile(path, text, error)) {
+        std::cerr << error << std::endl;
         return -2;
     }
     ParserLog log(verbose);
@@ -117,7 +118,7 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
-        return app.exit(e) == 0 ? 0 : 2;
+        return reportParseError(app, e, argc, argv, std::cerr);
     }
 
     if (*lint) {

@@ -52,7 +52,7 @@ TEST_F(Advertised, FolderFilesBecomeAdvertisedSessionsNamedByTheirUrl) {
     const Json::Value list = m_emulator->call(7);
     ASSERT_EQ(list["list"].size(), 2u) << compact(list);
     EXPECT_NE(advertisedId(*m_emulator, kStudioUrl), 0u) << compact(list);
-    EXPECT_NE(advertisedId(*m_emulator, "file://" + m_folder + "/commentary.sdp"), 0u) << compact(list);
+    EXPECT_NE(advertisedId(*m_emulator, "file:" + m_folder + "/commentary.sdp"), 0u) << compact(list);
 
     // A file that goes away is withdrawn on reload, a new one appears; refused files are skipped.
     std::remove((m_folder + "/commentary.sdp").c_str());
@@ -63,7 +63,7 @@ TEST_F(Advertised, FolderFilesBecomeAdvertisedSessionsNamedByTheirUrl) {
     const Json::Value refreshed = m_emulator->call(7, doc(R"({"refresh":true})"));
     ASSERT_EQ(refreshed["list"].size(), 2u) << compact(refreshed);
     EXPECT_NE(advertisedId(*m_emulator, "rtsp://192.168.1.51:554/control-room"), 0u);
-    EXPECT_EQ(advertisedId(*m_emulator, "file://" + m_folder + "/commentary.sdp"), 0u);
+    EXPECT_EQ(advertisedId(*m_emulator, "file:" + m_folder + "/commentary.sdp"), 0u);
 
     std::rename((m_folder + "/sap:%2F%2F192.168.1.50:9875%2Fstudio-a.sdp").c_str(), (m_folder + "/x.sdp.old").c_str());
     m_emulator->hangUp();

@@ -20,6 +20,8 @@ const CompletionCase kCases[] = {
     {"tools/avmngctl", {"--port", "5", "send", "fileCfgS"}, "fileCfgSaveRunning\nfileCfgSetStartupPos\n"},
     {"tools/avmngctl", {"send", "5"}, "5\n50\n51\n52\n53\n54\n55\n"},
     {"tools/avmngctl", {"--co"}, "--compact\n"},
+    // Global options also after the verb.
+    {"tools/avmngctl", {"sessions", "--po"}, "--port\n"},
     // A value is expected: nothing, so that the shell completes file names.
     {"tools/avmngctl", {"--host", ""}, ""},
     {"tools/avmngctl", {"add-source", ""}, ""},

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -142,8 +143,48 @@ RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
     return result;
 }
 
-EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs)
-    : m_config_dir(configDir.empty() ? makeTempDir("emu") : std::move(configDir)), m_extra(std::move(extraArgs)) {
+Background::~Background() {
+    stop();
+    ::close(m_fds[0]);
+    ::close(m_fds[1]);
+}
+
+bool Background::waitForLines(int stream, size_t lines, int timeoutMs) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (std::count(m_text[stream].begin(), m_text[stream].end(), '\n') < static_cast<long>(lines)) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd ready{m_fds[stream], POLLIN, 0};
+        if (left.count() <= 0 || ::poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
+            return false;
+        }
+        char buffer[4096];
+        const ssize_t n = ::read(m_fds[stream], buffer, sizeof buffer);
+        if (n <= 0) {
+            return false;
+        }
+        m_text[stream].append(buffer, static_cast<size_t>(n));
+    }
+    return true;
+}
+
+int Background::stop() {
+    if (m_pid <= 0) {
+        return m_status;
+    }
+    ::kill(m_pid, SIGTERM);
+    int status = 0;
+    ::waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    m_status = waitStatus(status);
+    return m_status;
+}
+
+EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs,
+                                 std::vector<std::string> wrapper)
+    : m_config_dir(configDir.empty() ? makeTempDir("emu") : std::move(configDir)),
+      m_extra(std::move(extraArgs)),
+      m_wrapper(std::move(wrapper)) {
     start();
 }
 
@@ -161,6 +202,7 @@ void EmulatorProcess::start() {
         std::vector<std::string> argv = {binaryPath("emulator/avmng-emulator"), "--bind", endpoint(), "--config-dir",
                                          m_config_dir, "--log-level", "1"};
         argv.insert(argv.end(), m_extra.begin(), m_extra.end());
+        argv.insert(argv.begin(), m_wrapper.begin(), m_wrapper.end());
         m_pid = ::fork();
         if (m_pid == 0) {
             const int null = ::open("/dev/null", O_WRONLY);

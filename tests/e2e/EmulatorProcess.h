@@ -35,11 +35,35 @@ pid_t spawn(const std::vector<std::string>& argv, int& outFd, int& errFd);
 // Runs a program to its end with a time limit (killed after it), capturing its output.
 RunResult run(const std::vector<std::string>& argv, int timeoutMs = 20000);
 
+// A program running beside the test, whose output is read while it runs.
+class Background {
+public:
+    explicit Background(const std::vector<std::string>& argv) : m_pid(spawn(argv, m_fds[0], m_fds[1])) {}
+    ~Background();
+    Background(const Background&) = delete;
+    Background& operator=(const Background&) = delete;
+
+    // Reads until `stream` (0 out, 1 err) holds `lines` lines; false after `timeoutMs`.
+    bool waitForLines(int stream, size_t lines, int timeoutMs);
+    const std::string& text(int stream) const { return m_text[stream]; }
+
+    // SIGTERM and wait; the exit status. What it wrote can still be read.
+    int stop();
+
+private:
+    int m_fds[2] = {-1, -1};  // before m_pid, which the constructor fills together with them
+    pid_t m_pid = -1;
+    int m_status = -1;
+    std::string m_text[2];
+};
+
 class EmulatorProcess {
 public:
     // Starts the emulator with its state in `configDir` (a new temporary directory when
-    // empty) and `extraArgs`; waits until it answers.
-    explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {});
+    // empty) and `extraArgs`, through `wrapper` (a command line that ends by running the
+    // rest of its arguments) when given; waits until it answers.
+    explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {},
+                             std::vector<std::string> wrapper = {});
     ~EmulatorProcess();
     EmulatorProcess(const EmulatorProcess&) = delete;
     EmulatorProcess& operator=(const EmulatorProcess&) = delete;
@@ -69,6 +93,7 @@ private:
 
     std::string m_config_dir;
     std::vector<std::string> m_extra;
+    std::vector<std::string> m_wrapper;
     // One REQ socket reused across calls; dropped after a timeout so that the next call
     // starts a fresh exchange.
     mutable std::unique_ptr<zmq::socket_t> m_socket;

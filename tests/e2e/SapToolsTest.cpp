@@ -3,12 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <poll.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
 #include <sstream>
 #include <stdexcept>
 
@@ -25,57 +19,6 @@ std::string sdptool() {
 std::string corpus(const std::string& name) {
     return sourcePath("tests/data/sdp-corpus/" + name);
 }
-
-// A program running beside the test, whose output is read while it runs.
-class Background {
-public:
-    explicit Background(const std::vector<std::string>& argv) : m_pid(spawn(argv, m_fds[0], m_fds[1])) {}
-    ~Background() {
-        stop();
-        ::close(m_fds[0]);
-        ::close(m_fds[1]);
-    }
-
-    // Reads until `stream` (0 out, 1 err) holds `lines` lines; false after `timeoutMs`.
-    bool waitForLines(int stream, size_t lines, int timeoutMs) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-        while (std::count(m_text[stream].begin(), m_text[stream].end(), '\n') < static_cast<long>(lines)) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                deadline - std::chrono::steady_clock::now());
-            pollfd ready{m_fds[stream], POLLIN, 0};
-            if (left.count() <= 0 || ::poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
-                return false;
-            }
-            char buffer[4096];
-            const ssize_t n = ::read(m_fds[stream], buffer, sizeof buffer);
-            if (n <= 0) {
-                return false;
-            }
-            m_text[stream].append(buffer, static_cast<size_t>(n));
-        }
-        return true;
-    }
-    const std::string& text(int stream) const { return m_text[stream]; }
-
-    // SIGTERM and wait; the exit status.
-    int stop() {
-        if (m_pid <= 0) {
-            return m_status;
-        }
-        ::kill(m_pid, SIGTERM);
-        int status = 0;
-        ::waitpid(m_pid, &status, 0);
-        m_pid = -1;
-        m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        return m_status;
-    }
-
-private:
-    int m_fds[2] = {-1, -1};  // before m_pid, which the constructor fills together with them
-    pid_t m_pid = -1;
-    int m_status = -1;
-    std::string m_text[2];
-};
 
 }  // namespace
 

@@ -1,4 +1,5 @@
-// What sdptool gen writes, read by another receiver: ffprobe (FFmpeg) when it is installed.
+// What sdptool gen writes and what the emulator serves for a sender, read by another
+// receiver: ffprobe (FFmpeg) when it is installed.
 // "-sdp_flags custom_io" makes ffprobe take the RTP packets from its (empty) input instead of
 // opening sockets, so it reads the description and sends or joins nothing; the documents
 // use loopback addresses all the same.
@@ -6,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <sstream>
 
 #include "EmulatorProcess.h"
@@ -42,12 +44,25 @@ std::vector<std::string> streamsOf(const Json::Value& probe) {
     return out;
 }
 
+// The streams ffprobe reads from the SDP file at `path`.
+std::vector<std::string> probe(const std::string& ffprobe, const std::string& path) {
+    const auto r = run({ffprobe, "-v", "error", "-sdp_flags", "custom_io", "-show_entries",
+                        "stream=codec_type,codec_name,sample_rate,channels,width,height,avg_frame_rate",
+                        "-of", "json", path},
+                       10000);
+    EXPECT_EQ(r.status, 0) << r.err;
+    return streamsOf(parse(r.out));
+}
+
+const char* const kNoFfprobe =
+    "ffprobe is not installed (Debian package ffmpeg): interop with FFmpeg not tested";
+
 }  // namespace
 
 TEST(SdpInterop, FfprobeReadsWhatGenWrites) {
     const std::string ffprobe = findProgram("ffprobe");
     if (ffprobe.empty()) {
-        GTEST_SKIP() << "ffprobe is not installed (Debian package ffmpeg): interop with FFmpeg not tested";
+        GTEST_SKIP() << kNoFfprobe;
     }
     const std::string dir = makeTempDir("interop");
     const std::vector<GenExpectation> documents = genExpectations();
@@ -58,12 +73,37 @@ TEST(SdpInterop, FfprobeReadsWhatGenWrites) {
         const auto gen = run({binaryPath("tools/sdptool"), "gen", kTestData + "sdp-gen/" + e.document,
                               "--crlf", "--name-groups", "-o", sdp});
         ASSERT_EQ(gen.status, 0) << gen.err;
-        const auto probe =
-            run({ffprobe, "-v", "error", "-sdp_flags", "custom_io", "-show_entries",
-                 "stream=codec_type,codec_name,sample_rate,channels,width,height,avg_frame_rate", "-of",
-                 "json", sdp},
-                10000);
-        ASSERT_EQ(probe.status, 0) << probe.err;
-        EXPECT_EQ(streamsOf(parse(probe.out)), e.streams) << probe.out;
+        EXPECT_EQ(probe(ffprobe, sdp), e.streams);
+    }
+}
+
+// The SDP of command 0 for the sample senders of examples/documents, one audio, one video.
+TEST(SdpInterop, FfprobeReadsWhatTheEmulatorServesForASender) {
+    const std::string ffprobe = findProgram("ffprobe");
+    if (ffprobe.empty()) {
+        GTEST_SKIP() << kNoFfprobe;
+    }
+    EmulatorProcess emulator;
+    const std::string dir = makeTempDir("interop");
+    const struct {
+        const char* document;
+        std::vector<std::string> streams;
+    } senders[] = {
+        {"sender.json", {"pcm_s24be:48000:8"}},
+        {"sender-video.json", {"bitpacked:1920x1080:50/1"}},
+    };
+    for (const auto& s : senders) {
+        SCOPED_TRACE(s.document);
+        const std::string ctl = binaryPath("tools/avmngctl");
+        const std::string port = std::to_string(emulator.port());
+        const auto added =
+            run({ctl, "--port", port, "add-source", sourcePath("examples/documents/") + s.document});
+        ASSERT_EQ(added.status, 0) << added.err;
+        const std::string id = std::to_string(parse(added.out)["session-id"].asUInt64());
+        const auto sdp = run({ctl, "--port", port, "sdp", id});
+        ASSERT_EQ(sdp.status, 0) << sdp.err;
+        const std::string path = dir + "/" + id + ".sdp";
+        std::ofstream(path, std::ios::binary) << sdp.out;
+        EXPECT_EQ(probe(ffprobe, path), s.streams) << sdp.out;
     }
 }

@@ -2,13 +2,14 @@
 // across a restart.
 
 #include <gtest/gtest.h>
-#include <dirent.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 
-#include "Emulator.h"
+#include "EmulatorHarness.h"
 #include "common/AtomicFile.h"
 #include "common/RequestServer.h"
 #include "support/CommandRows.h"
@@ -17,39 +18,6 @@
 using namespace pimav::detail;
 
 namespace {
-
-std::string tempDir(const char* tag) {
-    std::string pattern = std::string("/tmp/pimav-emu-") + tag + "-XXXXXX";
-    return ::mkdtemp(pattern.data());
-}
-
-std::vector<std::string> filesIn(const std::string& dir) {
-    std::vector<std::string> names;
-    DIR* d = ::opendir(dir.c_str());
-    while (dirent* e = d != nullptr ? ::readdir(d) : nullptr) {
-        if (e->d_name[0] != '.') {
-            names.emplace_back(e->d_name);
-        }
-    }
-    if (d != nullptr) {
-        ::closedir(d);
-    }
-    return names;
-}
-
-Json::Value call(Emulator& emulator, unsigned id, const std::string& json = "") {
-    Request request;
-    request.commandId = id;
-    if (!json.empty()) {
-        request = decodeRequest({std::string("\0\0\0\0", 4), json});
-        request.commandId = id;
-    }
-    try {
-        return emulator.handle(request);
-    } catch (const CommandError& e) {
-        return errorReply(e.code(), e.what(), e.userMessages());
-    }
-}
 
 TEST(EmulatorRequest, FramesDecodeOrAreRefusedWithTheReason) {
     struct Case {
@@ -150,28 +118,48 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
         EXPECT_GT(call(emulator, 2, R"({"audio-sources":[{"channel-list":[{"channel":2}]}]})")["session-id"].asUInt64(),
                   sender);
     }
-    // A torn running file is logged and ignored; the daemon starts all the same.
-    std::ofstream(options.configDir + "/running.json") << "{\"sessions\": [";
-    LogCapture capture;
-    Emulator emulator(options);
-    EXPECT_TRUE(capture.contains("emulator: ignoring unreadable file " + options.configDir + "/running.json"));
 }
 
+// The advertise folder gives regular .sdp files of bounded size, up to the table's limit;
+// a FIFO or a link to a device is skipped unread, so the daemon never blocks on one.
 TEST(EmulatorState, AdvertiseFolderRefusalsAreLoggedAndSkipped) {
     EmulatorOptions options;
     options.configDir = tempDir("adv-state");
     options.advertiseDir = tempDir("adv");
-    std::ofstream(options.advertiseDir + "/no-origin.sdp") << "v=0\r\ns=x\r\nt=0 0\r\n";
-    std::ofstream(options.advertiseDir + "/not-sdp.txt") << "ignored";
-    std::ifstream in(PIMAV_SOURCE_DIR "/examples/advertised/commentary.sdp");
-    std::ofstream(options.advertiseDir + "/good.sdp") << in.rdbuf();
+    options.maxAdvertised = 2;
+    const std::string dir = options.advertiseDir;
+    std::ofstream(dir + "/no-origin.sdp") << "v=0\r\ns=x\r\nt=0 0\r\n";
+    std::ofstream(dir + "/not-sdp.txt") << "ignored";
+    const char* const good[] = {"commentary.sdp", "rtsp:%2F%2F192.168.1.51:554%2Fcontrol-room.sdp",
+                                "sap:%2F%2F192.168.1.50:9875%2Fstudio-a.sdp"};
+    for (const char* name : good) {
+        std::ofstream(dir + "/" + name)
+            << fileText(PIMAV_SOURCE_DIR "/examples/advertised/" + std::string(name));
+    }
+    ASSERT_EQ(::mkfifo((dir + "/fifo.sdp").c_str(), 0644), 0);
+    ASSERT_EQ(::symlink("/dev/zero", (dir + "/zero.sdp").c_str()), 0);
+    std::ofstream(dir + "/big.sdp") << std::string(100000, 'v');
     LogCapture capture;
     Emulator emulator(options);
-    EXPECT_TRUE(capture.contains("emulator: advertisement " + options.advertiseDir + "/no-origin.sdp refused"));
-    EXPECT_TRUE(capture.contains("emulator: 1 advertised sessions loaded from " + options.advertiseDir));
+    const std::vector<std::pair<std::string, std::string>> refusals = {
+        {"no-origin.sdp", " refused: SDP refused (-1)"},
+        {"fifo.sdp", ": not a regular file"},
+        {"zero.sdp", ": not a regular file"},
+        {"big.sdp", ": larger than 65536 bytes"},
+        {good[2], " refused: the table holds at most 2 entries (--max-advertised)"},
+    };
+    for (const auto& [file, reason] : refusals) {
+        EXPECT_EQ(capture.count(dir + "/" + file + reason), 1u) << file;
+    }
+    EXPECT_TRUE(capture.contains("emulator: 2 advertised sessions loaded from " + dir));
+    // A file's entry is named by a file URL without an authority, which holds no host text.
+    EXPECT_EQ(capture.count("Error parsing IP"), 0u);
     const Json::Value list = call(emulator, 7);
-    ASSERT_EQ(list["list"].size(), 1u);
-    EXPECT_EQ(list["list"][0]["url"].asString().rfind("file:///", 0), 0u) << list["list"][0]["url"].asString();
+    ASSERT_EQ(list["list"].size(), 2u);
+    char* real = ::realpath(dir.c_str(), nullptr);
+    const std::string fileUrl = "file:" + std::string(real) + "/commentary.sdp";
+    std::free(real);
+    EXPECT_TRUE(list["list"][0]["url"] == fileUrl || list["list"][1]["url"] == fileUrl) << renderReply(list);
 
     options.advertiseDir = "/nonexistent/folder";
     capture.clear();

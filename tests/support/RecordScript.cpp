@@ -77,7 +77,7 @@ void runStep(const Step& step, const RecordKinds& kinds, Run& run) {
         over = Json::Value();
     } else if (record == nullptr) {
         FAIL() << "no record: a case begins with `new`";
-    } else if (step.op == "read" || step.op == "throws") {
+    } else if (step.op == "read" || step.op == "read-kept" || step.op == "throws") {
         Json::Value in = kindedJsonOf(step.arg);
         bool threw = false;
         try {
@@ -86,6 +86,9 @@ void runStep(const Step& step, const RecordKinds& kinds, Run& run) {
             threw = true;
         }
         EXPECT_EQ(threw, step.op == "throws") << step.arg;
+        if (step.op == "read-kept") {
+            EXPECT_EQ(in, kindedJsonOf(step.arg)) << "the document read was changed";
+        }
     } else if (step.op == "write" || step.op == "write-has") {
         Json::Value out = over;
         record->Serialize(out);

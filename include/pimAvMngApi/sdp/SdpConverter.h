@@ -74,18 +74,23 @@ public:
     /// Stores a copy of *session and generates its text; -4 for null.
     int generateSdp(SdpSession* session);
     /// Generates the text of the stored session and stores it; the first negative result
-    /// of a media description, else 0.
+    /// of a media description, else 0. A text field that would be written with a CR, LF
+    /// or NUL in it (which would end its line) gives -1, a level-2 log line naming the
+    /// field and an empty stored text.
     int generateSdpString();
     /// Appends the session lines ("v=", "o=", "s=", "t=", and "a=group:DUP" with two or
-    /// more media descriptions). Returns 0.
+    /// more media descriptions). Returns 0, or -1 (nothing appended) when a field written
+    /// there holds a CR, LF or NUL.
     int generateSdpHeader(std::string& out);
     /// Appends the lines of one media description; `isDup` adds its media identification
-    /// for the DUP group.
+    /// for the DUP group; -1 (nothing appended) when a field written there holds a CR,
+    /// LF or NUL.
     int generateSessionMedia(std::string& out, SdpMedia& media, bool isDup);
     /// Appends the "a=rtpmap:" line of `map`. Returns 0.
     int generateSessionMediaRtpMap(std::string& out, SdpMediaRtpMap& map);
     /// Replaces `out` with the Dante-compatible text (CRLF line ends) of the first media
-    /// description and its first RTP map; -1 and `out` empty when there is none.
+    /// description and its first RTP map; -1 and `out` empty when there is none, or when a
+    /// field written there holds a CR, LF or NUL.
     int generateDanteSdp(std::string& out);
     /// Stores a hand-written text (up to its first NUL) without parsing it.
     int generateManualSessionSdp(std::string& text);

@@ -1,0 +1,208 @@
+// SAP between the emulator and sdptool, as processes on loopback: sessions announced to the
+// emulator become advertised sessions, change, go and expire; the emulator's senders are
+// announced and deleted; refused packets are counted while the emulator keeps answering.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <thread>
+
+#include "EmulatorProcess.h"
+#include "pimAvMngApi/api/AvMngApi.h"
+#include "sap/UdpSocket.h"
+#include "support/SapSamples.h"
+
+using namespace pimav::detail;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// An announced session is in the emulator's list this soon.
+constexpr auto kVisibleWithin = 1000ms;
+// The longest wait for anything else.
+constexpr auto kPatience = 10000ms;
+
+std::string sdptool() { return binaryPath("tools/sdptool"); }
+
+bool pollUntil(const std::function<bool()>& done, std::chrono::milliseconds within) {
+    const auto deadline = std::chrono::steady_clock::now() + within;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(5ms);
+    }
+    return true;
+}
+
+// The SAP address the emulator listens on (it was given port 0).
+std::string listeningOn(const EmulatorProcess& emulator) {
+    return emulator.call(48)["sap"]["listening"][0].asString();
+}
+
+// Session `id` of the advertised list as "NAME vVERSION URL SOURCE" (the URL without its
+// hash); "" when the list does not have it.
+std::string advertised(const Json::Value& reply, uint64_t id) {
+    for (const auto& entry : reply["list"]) {
+        if (entry["session-id"].asUInt64() == id) {
+            const std::string url = entry["url"].asString();
+            return entry["session"]["info"].asString() + " v" + entry["session"]["version"].asString() + " " +
+                   url.substr(0, url.rfind('/') + 1) + " " + reply["sources"][std::to_string(id)]["from"].asString();
+        }
+    }
+    return "";
+}
+
+std::string writeSdp(const std::string& dir, const std::string& text) {
+    static int count = 0;
+    const std::string path = dir + "/" + std::to_string(++count) + ".sdp";
+    std::ofstream(path) << text;
+    return path;
+}
+
+TEST(SapEmulator, AnnouncedSessionsAppearChangeAndGo) {
+    EmulatorProcess emulator("", {"--sap-listen", "127.0.0.1:0"});
+    const std::string on = listeningOn(emulator);
+    const std::string dir = makeTempDir("sap-announce");
+    const std::string v4 = "sap://" + on + "/ 127.0.0.1";
+    const std::string v6 = "sap:[2001:db8::1]:" + on.substr(on.find(':') + 1) + "/ 2001:db8::1";
+    struct Step {
+        const char* what;
+        std::string sdp;
+        std::vector<std::string> flags;
+        uint64_t id;
+        std::string expect;
+        size_t entries;
+    };
+    const Step steps[] = {
+        {"announced", audioSdp(4711, 1, "Studio A"), {}, 4711, "Studio A v1 " + v4, 1},
+        {"changed: replaced in place", audioSdp(4711, 2, "Studio A, new mix"), {}, 4711,
+         "Studio A, new mix v2 " + v4, 1},
+        {"compressed", audioSdp(4712, 1, "Zipped"), {"--compress"}, 4712, "Zipped v1 " + v4, 2},
+        {"IPv6 origin", audioSdp(4713, 1, "Far away"), {"--origin", "2001:db8::1"}, 4713, "Far away v1 " + v6, 3},
+        {"deleted", audioSdp(4711, 2, "Studio A, new mix"), {"--delete"}, 4711, "", 2},
+    };
+    std::string previousUrl;
+    for (const Step& step : steps) {
+        std::vector<std::string> argv = {sdptool(), "announce", writeSdp(dir, step.sdp), "--to", on, "--count", "1"};
+        argv.insert(argv.end(), step.flags.begin(), step.flags.end());
+        ASSERT_EQ(run(argv).status, 0) << step.what;
+        Json::Value reply;
+        pollUntil(
+            [&] {
+                reply = emulator.call(7);
+                return advertised(reply, step.id) == step.expect && reply["list"].size() == step.entries;
+            },
+            kVisibleWithin);
+        EXPECT_EQ(advertised(reply, step.id), step.expect) << step.what;
+        EXPECT_EQ(reply["list"].size(), step.entries) << step.what << ": " << compact(reply);
+        // A changed SDP comes with a new hash, so its URL changes.
+        const std::string url = reply["list"][0]["url"].asString();
+        EXPECT_TRUE(step.id != 4711 || url != previousUrl) << step.what << ": " << url;
+        previousUrl = url;
+    }
+
+    const auto table = run({binaryPath("tools/avmngctl"), "--port", std::to_string(emulator.port()), "advertised"});
+    ASSERT_EQ(table.status, 0) << table.err;
+    EXPECT_NE(table.out.find("4712                  OK      no     Zipped    sap://" + on + "/"), std::string::npos)
+        << table.out;
+    EXPECT_NE(table.out.find("  2001:db8::1\n"), std::string::npos) << table.out;
+}
+
+TEST(SapEmulator, ASilentSessionExpiresAfterTheTimeout) {
+    EmulatorProcess emulator("", {"--sap-listen", "127.0.0.1:0", "--sap-timeout", "0.3"});
+    const std::string sdp = writeSdp(makeTempDir("sap-expire"), audioSdp(4714, 1, "Short-lived"));
+    ASSERT_EQ(run({sdptool(), "announce", sdp, "--to", listeningOn(emulator), "--count", "1"}).status, 0);
+    EXPECT_TRUE(pollUntil([&] { return !advertised(emulator.call(7), 4714).empty(); }, kPatience));
+    EXPECT_TRUE(pollUntil([&] { return advertised(emulator.call(7), 4714).empty(); }, kPatience));
+}
+
+TEST(SapEmulator, SendersAreAnnouncedAndDeleted) {
+    Background listen({sdptool(), "listen", "--on", "127.0.0.1:0", "--json"});
+    ASSERT_TRUE(listen.waitForLines(1, 1, static_cast<int>(kPatience.count()))) << listen.text(1);
+    const std::string ready = listen.text(1);  // "sdptool: listening on ADDR:PORT\n"
+    const std::string on = ready.substr(ready.rfind(' ') + 1, ready.size() - ready.rfind(' ') - 2);
+    EmulatorProcess emulator("", {"--sap-announce", on});
+    zmq::context_t context(1);
+    AvMngApi api;
+    api.jsonApi.ipcPort = static_cast<uint32_t>(emulator.port());
+    ASSERT_EQ(api.init(context), 0);
+
+    const auto sender = [](const char* name) {
+        SourceApi s;
+        s.m_name = name;
+        AudioSource audio;
+        audio.m_codec.setCodecValue(Codec::CODEC_L24);
+        s.m_audio_sources = {audio};
+        return s;
+    };
+    SourceApi first = sender("talker");
+    SourceApi second = sender("second");
+    struct Step {
+        const char* what;
+        std::function<int()> action;
+        const char* type;
+        const char* name;
+        const char* version;
+    };
+    const Step steps[] = {
+        {"added", [&] { return api.addSourceSession(&first); }, "announce", "talker", "1"},
+        {"updated",
+         [&] {
+             first.m_name = "talker 2";
+             return api.updateSession(&first);
+         },
+         "announce", "talker 2", "2"},
+        {"another added", [&] { return api.addSourceSession(&second); }, "announce", "second", "1"},
+        {"removed", [&] { return api.removeSession(first.m_session_id); }, "delete", "talker 2", "2"},
+        {"the emulator stops", [&] { return emulator.stop(); }, "delete", "second", "1"},
+    };
+    std::vector<Json::Value> heard;
+    for (const Step& step : steps) {
+        ASSERT_EQ(step.action(), 0) << step.what;
+        ASSERT_TRUE(listen.waitForLines(0, heard.size() + 1, static_cast<int>(kPatience.count())))
+            << step.what << ": " << listen.text(0);
+        std::string text = listen.text(0);
+        text.pop_back();
+        heard.push_back(parse(text.substr(text.rfind('\n') + 1)));
+        const Json::Value& line = heard.back();
+        EXPECT_EQ(line["type"].asString(), step.type) << step.what;
+        EXPECT_EQ(line["name"].asString(), step.name) << step.what;
+        EXPECT_EQ(line["version"].asString(), step.version) << step.what;
+        EXPECT_TRUE(line["sdp-ok"].asBool()) << step.what << ": " << compact(line);
+    }
+    // A change gets a new hash; a deletion names the hash last announced.
+    EXPECT_NE(heard[1]["hash"], heard[0]["hash"]);
+    EXPECT_EQ(heard[3]["hash"], heard[1]["hash"]);
+    EXPECT_EQ(heard[4]["hash"], heard[2]["hash"]);
+    EXPECT_EQ(heard[0]["session-id"].asString(), std::to_string(first.m_session_id));
+}
+
+TEST(SapEmulator, RefusedPacketsAreCountedAndTheEmulatorKeepsAnswering) {
+    EmulatorProcess emulator("", {"--sap-listen", "127.0.0.1:0"});
+    UdpEndpoint to;
+    ASSERT_TRUE(UdpEndpoint::parse(listeningOn(emulator), to));
+    UdpSocket socket = UdpSocket::connect(to);
+    const auto packets = refusedSapPackets();
+    for (const RefusedSap& p : packets) {
+        ASSERT_TRUE(socket.send(p.bytes)) << p.reason;
+    }
+    ASSERT_TRUE(socket.send(sapAnnouncement(audioSdp(99, 1, "good"))));
+    Json::Value status;
+    EXPECT_TRUE(pollUntil(
+        [&] {
+            status = emulator.call(48)["sap"];
+            return status["packets"].asUInt64() == packets.size() + 1;
+        },
+        kPatience))
+        << compact(status);
+    for (const RefusedSap& p : packets) {
+        EXPECT_EQ(status["refused"][p.reason].asUInt64(), 1u) << p.reason;
+    }
+    EXPECT_EQ(advertised(emulator.call(7), 99), "good v1 sap://10.0.0.7:" + std::to_string(to.port) + "/ 10.0.0.7");
+}
+
+}  // namespace
