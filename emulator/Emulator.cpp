@@ -26,7 +26,7 @@ constexpr unsigned kDefaultPosition = 10;
 }  // namespace
 
 const Emulator::Handler Emulator::kHandlers[Aes67Commands::kCommandCount] = {
-#define PIMAV_COMMAND(id, name, method, shape, text) &Emulator::method,
+#define PIMAV_COMMAND(id, name, method, shape, access, text) &Emulator::method,
 #include "api/CommandTable.def"
 #undef PIMAV_COMMAND
 };
