@@ -50,8 +50,10 @@ Json::Value Emulator::handle(const Request& request) {
         throw CommandError(kBadRequest, "unknown command id " + std::to_string(request.commandId));
     }
     ErrorAuxMsg::getInstance()->clear();
-    Logger::log(7, "emulator: command %u request %s", request.commandId,
-                request.hasDocument ? renderReply(request.document).c_str() : "(none)");
+    if (Logger::isEnabled(7)) {
+        Logger::log(7, "emulator: command %u request %s", request.commandId,
+                    request.hasDocument ? renderReply(request.document).c_str() : "(none)");
+    }
     Json::Value reply = (this->*kHandlers[request.commandId])(request);
     ErrorAuxMsg::getInstance()->clear();
     return reply;

@@ -12,6 +12,7 @@
 #include "Emulator.h"
 #include "common/RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/CurveKeys.h"
 #include "pimAvMngApi/version.h"
 
 using namespace pimav::detail;
@@ -33,6 +34,19 @@ std::string defaultConfigDir() {
     return std::string(home != nullptr ? home : "/tmp") + "/.local/state/avmng-emulator";
 }
 
+// The secret key of a .key file; throws std::runtime_error naming the file and the fault.
+std::string readServerKey(const std::string& path) {
+    CurveKeyPair pair;
+    const KeyStatus status = readCurveKeyFile(path, pair);
+    if (!status.ok()) {
+        throw std::runtime_error(status.error);
+    }
+    if (!status.warning.empty()) {
+        Logger::log(4, "avmng-emulator: %s", status.warning.c_str());
+    }
+    return pair.secretKey;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -52,6 +66,16 @@ int main(int argc, char** argv) {
     app.add_option("--module", options.module, "bitstream module of the board")->capture_default_str();
     app.add_option("--local-ip", options.localAddress, "the board's own address")->capture_default_str();
     app.add_option("--log-level", logLevel, "log threshold 0..7")->capture_default_str();
+    ServerOptions serverOptions;
+    std::string curveSecret;
+    std::string curveClients;
+    app.add_option("--max-request", serverOptions.maxRequestBytes, "largest request in bytes; larger ones are refused")
+        ->check(CLI::Range(size_t{1024}, size_t{1} << 30))
+        ->capture_default_str();
+    auto* secretOption = app.add_option("--curve-secret", curveSecret, "serve CURVE with this .key file");
+    app.add_option("--curve-clients", curveClients, "folder of client .pub keys (readonly/: read-only keys)")
+        ->needs(secretOption);
+    secretOption->needs(app.get_option("--curve-clients"));
     CLI11_PARSE(app, argc, argv);
 
     Logger::getInstance()->setThreshold(logLevel);
@@ -64,7 +88,16 @@ int main(int argc, char** argv) {
     try {
         Emulator emulator(options);
         zmq::context_t context(1);
-        RequestServer server(context, bind);
+        ClientKeys clientKeys;
+        if (!curveSecret.empty()) {
+            serverOptions.curveSecretKey = readServerKey(curveSecret);
+            clientKeys = ClientKeys::load(curveClients);
+            serverOptions.clientKeys = &clientKeys;
+            Logger::log(4, "avmng-emulator: CURVE with %zu full-access and %zu read-only client keys",
+                        clientKeys.count(ClientKeys::Access::Full), clientKeys.count(ClientKeys::Access::ReadOnly));
+        }
+        raiseDescriptorLimit();
+        RequestServer server(context, bind, serverOptions);
         Logger::log(4, "avmng-emulator: listening on %s (board %s, module %s, state in %s)", bind.c_str(),
                     options.board.c_str(), options.module.c_str(), options.configDir.c_str());
         std::cout << "avmng-emulator ready on " << bind << std::endl;

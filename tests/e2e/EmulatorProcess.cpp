@@ -8,10 +8,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 #include <zmq.hpp>
@@ -142,9 +146,35 @@ RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
     return result;
 }
 
-EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs)
-    : m_config_dir(configDir.empty() ? makeTempDir("emu") : std::move(configDir)), m_extra(std::move(extraArgs)) {
+double cpuSeconds(pid_t pid) {
+    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
+    std::string stat((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    // utime and stime are the 12th and 13th fields after the parenthesised name.
+    std::istringstream fields(stat.substr(std::min(stat.rfind(')') + 1, stat.size())));
+    std::string skip;
+    for (int i = 0; i < 11; ++i) {
+        fields >> skip;
+    }
+    long user = 0;
+    long system = 0;
+    fields >> user >> system;
+    return static_cast<double>(user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
+}
+
+EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs,
+                                 std::vector<ChildLimit> limits)
+    : m_config_dir(configDir.empty() ? makeTempDir("emu") : std::move(configDir)),
+      m_extra(std::move(extraArgs)),
+      m_limits(std::move(limits)) {
     start();
+}
+
+bool EmulatorProcess::alive() {
+    int status = 0;
+    if (m_pid > 0 && ::waitpid(m_pid, &status, WNOHANG) == m_pid) {
+        m_pid = -1;
+    }
+    return m_pid > 0;
 }
 
 EmulatorProcess::~EmulatorProcess() {
@@ -165,6 +195,10 @@ void EmulatorProcess::start() {
         if (m_pid == 0) {
             const int null = ::open("/dev/null", O_WRONLY);
             ::dup2(null, 1);
+            for (const ChildLimit& limit : m_limits) {
+                const rlimit value{limit.value, limit.value};
+                ::setrlimit(limit.resource, &value);
+            }
             std::vector<char*> args;
             for (const auto& a : argv) {
                 args.push_back(const_cast<char*>(a.c_str()));

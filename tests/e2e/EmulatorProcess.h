@@ -4,6 +4,7 @@
 // and speaks the raw wire protocol to it.
 
 #include <json/json.h>
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <memory>
@@ -35,11 +36,21 @@ pid_t spawn(const std::vector<std::string>& argv, int& outFd, int& errFd);
 // Runs a program to its end with a time limit (killed after it), capturing its output.
 RunResult run(const std::vector<std::string>& argv, int timeoutMs = 20000);
 
+// A resource limit (soft and hard) for a child process: {RLIMIT_AS, 1 << 30}, ...
+struct ChildLimit {
+    int resource;
+    rlim_t value;
+};
+
+// CPU time (user and system) that a process has used so far, in seconds.
+double cpuSeconds(pid_t pid);
+
 class EmulatorProcess {
 public:
     // Starts the emulator with its state in `configDir` (a new temporary directory when
-    // empty) and `extraArgs`; waits until it answers.
-    explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {});
+    // empty), `extraArgs` and `limits`; waits until it answers.
+    explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {},
+                             std::vector<ChildLimit> limits = {});
     ~EmulatorProcess();
     EmulatorProcess(const EmulatorProcess&) = delete;
     EmulatorProcess& operator=(const EmulatorProcess&) = delete;
@@ -49,6 +60,8 @@ public:
     const std::string& configDir() const { return m_config_dir; }
     pid_t pid() const { return m_pid; }
     bool running() const { return m_pid > 0; }
+    // False once the process has ended (by itself or killed); reaps it then.
+    bool alive();
 
     // SIGTERM and wait; returns the exit status (128 + signal when killed).
     int stop();
@@ -69,6 +82,7 @@ private:
 
     std::string m_config_dir;
     std::vector<std::string> m_extra;
+    std::vector<ChildLimit> m_limits;
     // One REQ socket reused across calls; dropped after a timeout so that the next call
     // starts a fresh exchange.
     mutable std::unique_ptr<zmq::socket_t> m_socket;
