@@ -48,17 +48,23 @@ void LinkMonitor::readEvents() {
             (void)m_events.recv(endpoint, zmq::recv_flags::dontwait);
         }
         uint16_t event = 0;
-        if (head.size() < sizeof event) {
+        uint32_t value = 0;
+        if (head.size() < sizeof event + sizeof value) {
             continue;
         }
         std::memcpy(&event, head.data(), sizeof event);
+        std::memcpy(&value, static_cast<const char*>(head.data()) + sizeof event, sizeof value);
         switch (event) {
             case ZMQ_EVENT_HANDSHAKE_SUCCEEDED:
                 m_established = true;
+                m_key_refusal = 0;
+                break;
+            case ZMQ_EVENT_HANDSHAKE_FAILED_AUTH:
+                m_key_refusal = static_cast<int>(value);
+                ++m_handshake_failures;
                 break;
             case ZMQ_EVENT_HANDSHAKE_FAILED_NO_DETAIL:
             case ZMQ_EVENT_HANDSHAKE_FAILED_PROTOCOL:
-            case ZMQ_EVENT_HANDSHAKE_FAILED_AUTH:
                 ++m_handshake_failures;
                 break;
             case ZMQ_EVENT_DISCONNECTED:

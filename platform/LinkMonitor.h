@@ -14,7 +14,9 @@ namespace pimav::detail {
 // "disconnected" and nothing more, and the reply never becomes readable. When the peer
 // goes away instead, libzmq schedules a reconnect at once ("connect retried"). So an
 // established link that is dropped without a reconnect within kReconnectGrace was
-// dropped by this client.
+// dropped by this client. A daemon whose authentication refuses the client's CURVE key
+// answers the handshake with an error carrying the ZAP status code, which libzmq reports
+// as a failed authentication with that code.
 class LinkMonitor {
 public:
     // Generous against a busy machine: libzmq reports the reconnect within microseconds.
@@ -39,6 +41,9 @@ public:
     std::optional<std::chrono::steady_clock::time_point> droppedByClientAt() const;
     // Failed handshakes during this exchange (a wrong CURVE server key, a refused key).
     int handshakeFailures() const { return m_handshake_failures; }
+    // The status code (300, 400, 500) of the daemon's authentication (ZAP) when it refused
+    // the last handshake, 0 when none was refused since the last one that succeeded.
+    int keyRefusal() const { return m_key_refusal; }
 
 private:
     zmq::socket_t& m_watched;
@@ -46,6 +51,7 @@ private:
     bool m_established = false;
     std::optional<std::chrono::steady_clock::time_point> m_dropped_at;
     int m_handshake_failures = 0;
+    int m_key_refusal = 0;
 };
 
 }  // namespace pimav::detail

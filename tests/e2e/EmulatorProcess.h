@@ -48,7 +48,8 @@ double cpuSeconds(pid_t pid);
 class EmulatorProcess {
 public:
     // Starts the emulator with its state in `configDir` (a new temporary directory when
-    // empty), `extraArgs` and `limits`; waits until it answers.
+    // empty), `extraArgs` and `limits`; waits until it answers (with --curve-secret, which
+    // the plain call() cannot pass, until it listens).
     explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {},
                              std::vector<ChildLimit> limits = {});
     ~EmulatorProcess();
@@ -79,6 +80,7 @@ public:
 
 private:
     void start();
+    bool listening() const;
 
     std::string m_config_dir;
     std::vector<std::string> m_extra;
