@@ -22,13 +22,14 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
+#include <numeric>
 #include <string>
 #include <thread>
 #include <vector>
 #include <zmq.hpp>
 
 #include "platform/IpcWire.h"
+#include "support/ProcessCpu.h"
 
 using namespace pimav::detail;
 using Clock = std::chrono::steady_clock;
@@ -137,7 +138,9 @@ int rate(zmq::context_t& context, const std::string& endpoint, int clients, doub
     }
     std::printf("small requests: %.0f/s over %d clients, slowest round trip %.1f ms, %ld failed\n",
                 static_cast<double>(answered.load()) / elapsed, clients,
-                1000.0 * *std::max_element(slowest.begin(), slowest.end()), failed.load());
+                1000.0 * std::accumulate(slowest.begin(), slowest.end(), 0.0,
+                                         [](double a, double b) { return std::max(a, b); }),
+                failed.load());
     if (floodBytes > 0) {
         std::printf("flood: %ld bodies of %zu bytes sent, %ld answered (%ld of them refusals), %.0f/s\n", floodSent,
                     floodBytes, floodReplies, floodRefused, static_cast<double>(floodReplies) / elapsed);
@@ -163,26 +166,6 @@ int frame(zmq::context_t& context, const std::string& endpoint, size_t bytes) {
                 1000.0 * small, small < 0 ? " (no reply)" : "",
                 answered ? ("the reply " + reply.to_string().substr(0, 120)).c_str() : "no reply within 20 s");
     return small < 0 ? 1 : 0;
-}
-
-double cpuSeconds(int pid) {
-    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-    std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
-    const size_t close = text.rfind(')');
-    if (close == std::string::npos) {
-        return -1.0;
-    }
-    // After the command name: state is field 3, utime field 14, stime field 15.
-    std::vector<std::string> fields;
-    size_t pos = close + 2;
-    while (pos < text.size() && fields.size() < 13) {
-        const size_t end = text.find(' ', pos);
-        fields.push_back(text.substr(pos, end - pos));
-        pos = end + 1;
-    }
-    return fields.size() < 13 ? -1.0
-                              : static_cast<double>(std::stol(fields[11]) + std::stol(fields[12])) /
-                                    static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
 int idle(zmq::context_t& context, const std::string& endpoint, int connections, double seconds, int pid) {

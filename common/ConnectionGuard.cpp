@@ -4,11 +4,8 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <cstring>
 #include <limits>
-#include <string>
 #include <vector>
 
 #include "pimAvMngApi/platform/Logger.h"
@@ -19,11 +16,6 @@ namespace {
 
 constexpr uint64_t kShed = std::numeric_limits<uint64_t>::max();
 constexpr int kWatchedEvents = ZMQ_EVENT_ACCEPTED | ZMQ_EVENT_ACCEPT_FAILED | ZMQ_EVENT_DISCONNECTED;
-
-std::string monitorEndpoint() {
-    static std::atomic<uint64_t> next{0};
-    return "inproc://pimav-connection-guard-" + std::to_string(next.fetch_add(1));
-}
 
 }  // namespace
 
@@ -56,46 +48,22 @@ size_t ConnectionGuard::connectionLimit() {
 }
 
 ConnectionGuard::ConnectionGuard(zmq::context_t& context, zmq::socket_t& socket, size_t maxConnections)
-    : m_watched(socket), m_events(context, zmq::socket_type::pair), m_max_connections(maxConnections) {
-    const std::string endpoint = monitorEndpoint();
-    if (zmq_socket_monitor(m_watched.handle(), endpoint.c_str(), kWatchedEvents) != 0) {
-        throw zmq::error_t();
-    }
-    m_events.set(zmq::sockopt::linger, 0);
-    m_events.connect(endpoint);
-}
-
-ConnectionGuard::~ConnectionGuard() {
-    zmq_socket_monitor(m_watched.handle(), nullptr, 0);
-}
+    : m_monitor(context, socket, kWatchedEvents), m_max_connections(maxConnections) {}
 
 zmq::pollitem_t ConnectionGuard::pollItem() {
-    return zmq::pollitem_t{m_events.handle(), 0, ZMQ_POLLIN, 0};
+    return m_monitor.pollItem();
 }
 
 void ConnectionGuard::readEvents() {
-    // Each event is two frames: 2 bytes event id and 4 bytes value, then the endpoint.
-    zmq::message_t head;
-    zmq::message_t endpoint;
     bool acceptFailed = false;
-    while (m_events.recv(head, zmq::recv_flags::dontwait)) {
-        if (head.more()) {
-            (void)m_events.recv(endpoint, zmq::recv_flags::dontwait);
-        }
-        uint16_t event = 0;
-        uint32_t value = 0;
-        if (head.size() < sizeof event + sizeof value) {
-            continue;
-        }
-        std::memcpy(&event, head.data(), sizeof event);
-        std::memcpy(&value, static_cast<const char*>(head.data()) + sizeof event, sizeof value);
-        const int fd = static_cast<int>(value);
-        if (event == ZMQ_EVENT_ACCEPTED) {
+    while (const auto event = m_monitor.next()) {
+        const int fd = static_cast<int>(event->value);
+        if (event->id == ZMQ_EVENT_ACCEPTED) {
             m_connections[fd] = ++m_clock;  // a new connection counts as just active
-        } else if (event == ZMQ_EVENT_DISCONNECTED) {
+        } else if (event->id == ZMQ_EVENT_DISCONNECTED) {
             m_connections.erase(fd);
-        } else if (event == ZMQ_EVENT_ACCEPT_FAILED) {
-            acceptFailed = acceptFailed || value == EMFILE || value == ENFILE;
+        } else if (event->id == ZMQ_EVENT_ACCEPT_FAILED) {
+            acceptFailed = acceptFailed || event->value == EMFILE || event->value == ENFILE;
         }
     }
     const size_t open = m_connections.size();

@@ -5,6 +5,8 @@
 #include <unordered_map>
 #include <zmq.hpp>
 
+#include "platform/SocketMonitor.h"
+
 namespace pimav::detail {
 
 // Raises the process's soft limit of open descriptors to its hard limit; returns the
@@ -30,11 +32,8 @@ public:
     // The connection limit for the process's current descriptor limit.
     static size_t connectionLimit();
 
-    // Throws zmq::error_t when the monitor cannot be set up.
+    // Set it up before the socket binds. Throws zmq::error_t when the monitor cannot be set up.
     ConnectionGuard(zmq::context_t& context, zmq::socket_t& socket, size_t maxConnections);
-    ~ConnectionGuard();
-    ConnectionGuard(const ConnectionGuard&) = delete;
-    ConnectionGuard& operator=(const ConnectionGuard&) = delete;
 
     zmq::pollitem_t pollItem();
     // Reads the waiting events and sheds connections when needed.
@@ -52,8 +51,7 @@ private:
     // until libzmq reports them closed).
     void shed(size_t target);
 
-    zmq::socket_t& m_watched;
-    zmq::socket_t m_events;
+    SocketMonitor m_monitor;
     size_t m_max_connections;
     // Open connections by descriptor: the tick of their last request (or of their
     // connection), or the mark of a connection shut down and not yet closed.

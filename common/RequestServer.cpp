@@ -237,12 +237,21 @@ int RequestServer::pollTimeoutMs(int pollMs) const {
 void RequestServer::serveLoop(const std::atomic<bool>& stop, const PendingHandler& handler,
                               const std::function<void()>& idle, int pollMs) {
     while (!stop.load()) {
-        if (pollSockets(pollTimeoutMs(pollMs))) {
-            for (int i = 0; i < kReadAhead && receiveOne(); ++i) {
+        try {
+            if (pollSockets(pollTimeoutMs(pollMs))) {
+                for (int i = 0; i < kReadAhead && receiveOne(); ++i) {
+                }
             }
-        }
-        if (!m_queue.empty()) {
-            handleNext(handler);
+            if (!m_queue.empty()) {
+                handleNext(handler);
+            }
+        } catch (const std::bad_alloc&) {
+            // Memory ran out outside a request's own handling (its catch-all answers that):
+            // what was being read or answered is lost, the loop goes on.
+            try {
+                Logger::log(2, "emulator: out of memory while reading or answering a request");
+            } catch (...) {
+            }
         }
         // After every request as well as every idle poll, so that a steady stream of
         // requests cannot hold back a reload.

@@ -4,6 +4,8 @@
 #include <optional>
 #include <zmq.hpp>
 
+#include "platform/SocketMonitor.h"
+
 namespace pimav::detail {
 
 // Follows the connection events of a client's REQ socket (a ZeroMQ socket monitor) to
@@ -25,7 +27,6 @@ public:
     // Starts monitoring `socket` (before it connects, so that no event is missed).
     // Throws zmq::error_t when the monitor cannot be set up.
     LinkMonitor(zmq::context_t& context, zmq::socket_t& socket);
-    ~LinkMonitor();
     LinkMonitor(const LinkMonitor&) = delete;
     LinkMonitor& operator=(const LinkMonitor&) = delete;
 
@@ -46,8 +47,7 @@ public:
     int keyRefusal() const { return m_key_refusal; }
 
 private:
-    zmq::socket_t& m_watched;
-    zmq::socket_t m_events;
+    SocketMonitor m_monitor;
     bool m_established = false;
     std::optional<std::chrono::steady_clock::time_point> m_dropped_at;
     int m_handshake_failures = 0;

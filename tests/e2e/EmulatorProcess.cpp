@@ -12,10 +12,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <thread>
 #include <zmq.hpp>
@@ -144,21 +141,6 @@ RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
     ::waitpid(pid, &status, 0);
     result.status = killed ? -1 : waitStatus(status);
     return result;
-}
-
-double cpuSeconds(pid_t pid) {
-    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
-    std::string stat((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    // utime and stime are the 12th and 13th fields after the parenthesised name.
-    std::istringstream fields(stat.substr(std::min(stat.rfind(')') + 1, stat.size())));
-    std::string skip;
-    for (int i = 0; i < 11; ++i) {
-        fields >> skip;
-    }
-    long user = 0;
-    long system = 0;
-    fields >> user >> system;
-    return static_cast<double>(user + system) / static_cast<double>(::sysconf(_SC_CLK_TCK));
 }
 
 EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs,

@@ -42,9 +42,6 @@ struct ChildLimit {
     rlim_t value;
 };
 
-// CPU time (user and system) that a process has used so far, in seconds.
-double cpuSeconds(pid_t pid);
-
 class EmulatorProcess {
 public:
     // Starts the emulator with its state in `configDir` (a new temporary directory when

@@ -14,6 +14,7 @@
 #include "EmulatorProcess.h"
 #include "common/RequestServer.h"
 #include "platform/IpcWire.h"
+#include "support/ProcessCpu.h"
 
 using namespace pimav::detail;
 
