@@ -230,8 +230,12 @@ int RequestServer::pollTimeoutMs(int pollMs) const {
         return pollMs;
     }
     // A request waits for its turn until m_retry_at (or a new request), else none waits.
-    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(m_retry_at - FairQueue::Clock::now());
-    return static_cast<int>(std::clamp<int64_t>(wait.count(), 0, pollMs));
+    const auto now = FairQueue::Clock::now();
+    if (m_retry_at <= now) {
+        return 0;
+    }
+    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(m_retry_at - now);
+    return static_cast<int>(std::min<int64_t>(wait.count(), pollMs));
 }
 
 void RequestServer::serveLoop(const std::atomic<bool>& stop, const PendingHandler& handler,
