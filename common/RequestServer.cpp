@@ -74,11 +74,22 @@ constexpr size_t kMaxEnvelopeFrames = 8;
 // Requests read from the socket per round before one is handled.
 constexpr int kReadAhead = 64;
 
+// The ZAP handler of a CURVE server; none for a plain one.
+std::unique_ptr<ZapHandler> zapHandlerFor(zmq::context_t& context, const ServerOptions& options) {
+    if (options.curveSecretKey.empty()) {
+        return nullptr;
+    }
+    if (options.clientKeys == nullptr) {
+        throw std::invalid_argument("a CURVE server needs its client keys");
+    }
+    return std::make_unique<ZapHandler>(context, *options.clientKeys);
+}
+
 }  // namespace
 
 RequestServer::RequestServer(zmq::context_t& context, const std::string& endpoint, const ServerOptions& options)
     : m_options(options),
-      m_zap(options.curveSecretKey.empty() ? nullptr : std::make_unique<ZapHandler>(context, *options.clientKeys)),
+      m_zap(zapHandlerFor(context, options)),
       m_socket(context, zmq::socket_type::router),
       m_queue(kQueuedPerClient, kQueuedRequestsOfMaxSize * options.maxRequestBytes) {
     m_socket.set(zmq::sockopt::linger, 0);

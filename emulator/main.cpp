@@ -12,8 +12,8 @@
 #include "Emulator.h"
 #include "common/RequestServer.h"
 #include "pimAvMngApi/platform/Logger.h"
-#include "platform/CurveKeys.h"
 #include "pimAvMngApi/version.h"
+#include "platform/CurveKeys.h"
 
 using namespace pimav::detail;
 
