@@ -7,7 +7,7 @@ int Aes67Commands::getCommandNameStr(aes67_command_id_t id, std::string& descrip
     // concurrent first calls. Entry `id` is the text of command `id` (api/CommandTable.h
     // checks the order of the rows).
     static const std::string descriptions[kCommandCount] = {
-#define PIMAV_COMMAND(id, name, method, shape, text) text,
+#define PIMAV_COMMAND(id, name, method, shape, access, text) text,
 #include "api/CommandTable.def"
 #undef PIMAV_COMMAND
     };

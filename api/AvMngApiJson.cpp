@@ -45,6 +45,6 @@ int AvMngApiJson::init(zmq::context_t& context, std::string& host) {
 #define PIMAV_PASS_THROUGH_REPLY(command, method) PIMAV_PASS_THROUGH(method, (Json::Value& reply), command)
 #define PIMAV_PASS_THROUGH_NONE(command, method)
 
-#define PIMAV_COMMAND(id, name, method, shape, text) PIMAV_PASS_THROUGH_##shape(name, method)
+#define PIMAV_COMMAND(id, name, method, shape, access, text) PIMAV_PASS_THROUGH_##shape(name, method)
 #include "api/CommandTable.def"
 #undef PIMAV_COMMAND

@@ -7,10 +7,14 @@
 //  - typed:  AvMngApi, reading the reply into the library's records.
 //
 // Two commands: getResourceAllocatedIds (a small reply) and getSourceSessionList with
-// 8 sender sessions running (a reply of about 8 kB read into SessionStreamList).
+// 8 sender sessions running (a reply of about 8 kB read into SessionStreamList). The raw
+// and json round trips run plain (second argument 0) and with CURVE (1): encryption and
+// the daemon's key check side by side.
 
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <atomic>
 #include <list>
@@ -23,6 +27,7 @@
 #include "pimAvMngApi/api/AvMngApi.h"
 #include "pimAvMngApi/model/SessionStreamList.h"
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/CurveKeys.h"
 #include "platform/IpcWire.h"
 
 using namespace pimav::detail;
@@ -32,15 +37,26 @@ namespace {
 constexpr unsigned kSenders = 8;
 constexpr unsigned kPort = 5579;
 
-// The emulator serving on 127.0.0.1:kPort with kSenders sender sessions, until destroyed.
+// The emulator serving on 127.0.0.1:kPort with kSenders sender sessions, until destroyed;
+// with `curve`, CURVE for the one client key of clientKeys().
 class EmulatorThread {
 public:
-    EmulatorThread() {
+    explicit EmulatorThread(bool curve = false) {
         Logger::getInstance()->setThreshold(1);
         char dir[] = "/tmp/pimav-bench-XXXXXX";
         EmulatorOptions options;
         options.configDir = ::mkdtemp(dir);
         m_dir = options.configDir;
+        ServerOptions serverOptions;
+        if (curve) {
+            generateCurveKeyPair(m_server_keys);
+            generateCurveKeyPair(m_client_keys);
+            ::mkdir((m_dir + "/clients").c_str(), 0700);
+            writeCurveKeyFiles(m_dir + "/clients/bench", m_client_keys);
+            m_client_keys_loaded = ClientKeys::load(m_dir + "/clients");
+            serverOptions.curveSecretKey = m_server_keys.secretKey;
+            serverOptions.clientKeys = &m_client_keys_loaded;
+        }
         m_emulator = std::make_unique<Emulator>(options);
         for (unsigned i = 0; i < kSenders; ++i) {
             Request add;
@@ -54,7 +70,7 @@ public:
             }
             m_emulator->handle(add);
         }
-        m_server = std::make_unique<RequestServer>(m_context, endpoint());
+        m_server = std::make_unique<RequestServer>(m_context, endpoint(), serverOptions);
         m_thread = std::thread([this] {
             m_server->serve(m_stop, [this](const Request& r) { return m_emulator->handle(r); }, nullptr, 20);
         });
@@ -68,9 +84,15 @@ public:
     EmulatorThread& operator=(const EmulatorThread&) = delete;
 
     static std::string endpoint() { return "tcp://127.0.0.1:" + std::to_string(kPort); }
+    const std::string& serverPublicKey() const { return m_server_keys.publicKey; }
+    const CurveKeyPair& clientKeys() const { return m_client_keys; }
+    std::string clientKeyFile() const { return m_dir + "/clients/bench.key"; }
 
 private:
     std::string m_dir;
+    CurveKeyPair m_server_keys;
+    CurveKeyPair m_client_keys;
+    ClientKeys m_client_keys_loaded;
     zmq::context_t m_context{1};
     std::atomic<bool> m_stop{false};
     std::unique_ptr<Emulator> m_emulator;
@@ -78,19 +100,36 @@ private:
     std::thread m_thread;
 };
 
-void countRate(benchmark::State& state) {
+// CPU time of the whole process (client, emulator thread and ZeroMQ's I/O threads) in
+// microseconds: a figure that holds up on a machine busy with other work.
+double processCpuMicroseconds() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return 1e6 * static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
+}
+
+// Round trips per second, and the process's CPU time per round trip since `cpuStart`.
+void countRate(benchmark::State& state, double cpuStart) {
     state.counters["round_trips_per_s"] =
         benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["process_cpu_us"] = (processCpuMicroseconds() - cpuStart) / static_cast<double>(state.iterations());
 }
 
 void BM_Raw(benchmark::State& state) {
-    EmulatorThread emulator;
+    EmulatorThread emulator(state.range(1) != 0);
     zmq::context_t context(1);
     zmq::socket_t socket(context, zmq::socket_type::req);
     socket.set(zmq::sockopt::linger, 0);
+    if (state.range(1) != 0) {
+        socket.set(zmq::sockopt::curve_serverkey, emulator.serverPublicKey());
+        socket.set(zmq::sockopt::curve_publickey, emulator.clientKeys().publicKey);
+        socket.set(zmq::sockopt::curve_secretkey, emulator.clientKeys().secretKey);
+    }
     socket.connect(EmulatorThread::endpoint());
     const std::string idFrame = encodeCommandId(static_cast<uint32_t>(state.range(0)));
     zmq::message_t reply;
+    const double cpuStart = processCpuMicroseconds();
     for (auto _ : state) {
         socket.send(zmq::buffer(idFrame), zmq::send_flags::sndmore);
         socket.send(zmq::const_buffer(nullptr, 0), zmq::send_flags::none);
@@ -100,16 +139,20 @@ void BM_Raw(benchmark::State& state) {
         }
         benchmark::DoNotOptimize(reply.data());
     }
-    countRate(state);
+    countRate(state, cpuStart);
 }
-BENCHMARK(BM_Raw)->Arg(51)->Arg(5)->UseRealTime();
+BENCHMARK(BM_Raw)->ArgsProduct({{51, 5}, {0, 1}})->UseRealTime();
 
 void BM_JsonLayer(benchmark::State& state) {
-    EmulatorThread emulator;
+    EmulatorThread emulator(state.range(1) != 0);
     zmq::context_t context(1);
     AvMngApiJson api;
     api.ipcPort = kPort;
+    if (state.range(1) != 0) {
+        api.setCurveKeys(emulator.serverPublicKey(), emulator.clientKeyFile());
+    }
     api.init(context);
+    const double cpuStart = processCpuMicroseconds();
     for (auto _ : state) {
         Json::Value reply;
         const int rc = state.range(0) == 51 ? api.getResourceAllocatedIds(reply) : api.getSourceSessionList(reply);
@@ -119,9 +162,9 @@ void BM_JsonLayer(benchmark::State& state) {
             break;
         }
     }
-    countRate(state);
+    countRate(state, cpuStart);
 }
-BENCHMARK(BM_JsonLayer)->Arg(51)->Arg(5)->UseRealTime();
+BENCHMARK(BM_JsonLayer)->ArgsProduct({{51, 5}, {0, 1}})->UseRealTime();
 
 void BM_TypedApi(benchmark::State& state) {
     EmulatorThread emulator;
@@ -129,6 +172,7 @@ void BM_TypedApi(benchmark::State& state) {
     AvMngApi api;
     api.jsonApi.ipcPort = kPort;
     api.init(context);
+    const double cpuStart = processCpuMicroseconds();
     for (auto _ : state) {
         int rc = 0;
         if (state.range(0) == 51) {
@@ -148,7 +192,7 @@ void BM_TypedApi(benchmark::State& state) {
             break;
         }
     }
-    countRate(state);
+    countRate(state, cpuStart);
 }
 BENCHMARK(BM_TypedApi)->Arg(51)->Arg(5)->UseRealTime();
 

@@ -6,17 +6,33 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 #include <zmq.hpp>
 
+#include "common/ClientAccess.h"
+#include "common/ConnectionGuard.h"
+#include "common/FairQueue.h"
+
 namespace pimav::detail {
 
-// Result code put in the "error" member of a reply to a request that cannot be read
-// (wrong number of frames, bad command id frame, text that is not a JSON object).
+// Result codes put in the "error" member of a reply that the daemon's end of the link
+// gives itself (docs/emulator.md):
+// a request that cannot be read (wrong number of frames, bad command id frame, text that
+// is not a JSON object or not UTF-8);
 constexpr int kUnreadableRequest = -13;
+// a request larger than the request size limit (refused before it is parsed);
+constexpr int kRequestTooLarge = -41;
+// a request that finds the queue of waiting requests full (its client's share, or all);
+constexpr int kServerBusy = -42;
+// a state-changing command from a CURVE client whose key may only read.
+constexpr int kReadOnlyKey = -43;
+
+// The request size limit unless the daemon is told otherwise.
+constexpr size_t kDefaultMaxRequestBytes = size_t{1} << 20;
 
 // One decoded request: the command id and, when the second frame was not empty, the
 // request document (always an object).
@@ -24,6 +40,20 @@ struct Request {
     uint32_t commandId = 0;
     bool hasDocument = false;
     Json::Value document;
+    std::string clientKey;  // CURVE: the client's public key in Z85; empty on a plain link
+};
+
+// How the daemon's socket is set up.
+struct ServerOptions {
+    // Requests (all their frames) above this size are refused with kRequestTooLarge
+    // before they are parsed. The socket's ZMQ_MAXMSGSIZE lies kFrameAllowance above it:
+    // libzmq drops the connection of a sender of larger frames, without reading them.
+    size_t maxRequestBytes = kDefaultMaxRequestBytes;
+    static constexpr size_t kFrameAllowance = size_t{64} << 10;
+    // CURVE: the daemon's secret key (Z85) and the client keys it accepts (kept by the
+    // caller while the server lives). Plain ZeroMQ when the key is empty.
+    std::string curveSecretKey;
+    const ClientKeys* clientKeys = nullptr;
 };
 
 // Thrown by a command handler to answer with {"error": {"code": code, "message": text}}.
@@ -47,8 +77,8 @@ Json::Value errorReply(int code, const std::string& message,
                        const std::vector<std::string>& userMessages = {});
 
 // Decodes the frames of one request. Frame 1 is the command id as a 4-byte
-// little-endian unsigned number, frame 2 the request document as JSON text or empty.
-// Throws CommandError(kUnreadableRequest, why) when the frames cannot be read.
+// little-endian unsigned number, frame 2 the request document as JSON text (UTF-8) or
+// empty. Throws CommandError(kUnreadableRequest, why) when the frames cannot be read.
 Request decodeRequest(const std::vector<std::string>& frames);
 
 // Renders a reply document as compact one-line JSON text.
@@ -57,6 +87,12 @@ std::string renderReply(const Json::Value& reply);
 // The daemon's end of the link: one ZeroMQ ROUTER socket that speaks the REP envelope
 // itself (routing frames up to an empty delimiter, then the request's frames), so that to
 // a REQ client it is a REP socket, while a request may also be left unanswered.
+//
+// Bounded: requests above the size limit are refused unread, each connection queues at
+// most kReceiveHighWater messages in libzmq, the requests read and waiting are bounded
+// (FairQueue), and connections are kept below the descriptor limit (ConnectionGuard).
+// Waiting requests are handled in turn by the handling time their clients have used, so
+// that a client sending expensive requests cannot starve the others.
 class RequestServer {
 public:
     // A decoded request in, the reply document out (or CommandError thrown).
@@ -67,9 +103,19 @@ public:
     using FrameHandler =
         std::function<bool(const std::vector<std::string>& request, std::vector<std::string>& reply)>;
     static constexpr size_t kKeptFrames = 3;
+    // Messages that libzmq queues per connection before it stops reading from it (a REQ
+    // client has one request in flight).
+    static constexpr int kReceiveHighWater = 8;
+    // Requests of one client that may wait; the requests waiting in all may hold up to
+    // kQueuedRequestsOfMaxSize times the request size limit.
+    static constexpr size_t kQueuedPerClient = 8;
+    static constexpr size_t kQueuedRequestsOfMaxSize = 16;
 
     // Binds the socket; throws zmq::error_t when the endpoint cannot be bound.
-    RequestServer(zmq::context_t& context, const std::string& endpoint);
+    RequestServer(zmq::context_t& context, const std::string& endpoint, const ServerOptions& options = {});
+    ~RequestServer();
+    RequestServer(const RequestServer&) = delete;
+    RequestServer& operator=(const RequestServer&) = delete;
 
     // The endpoint as bound: a wildcard port ("tcp://127.0.0.1:*") reads as the port chosen.
     std::string endpoint() const;
@@ -78,7 +124,8 @@ public:
     // time limit so that a stop request (a signal handler setting the flag) is seen
     // within `pollMs` milliseconds; `idle` (when set) runs after every poll round. The
     // handler's exceptions are caught per request and answered with an error reply: the
-    // loop never ends because of its input.
+    // loop never ends because of its input. With CURVE, a read-only key is refused the
+    // state-changing commands (kReadOnlyKey) and every state change is audited.
     void serve(const std::atomic<bool>& stop, const Handler& handler, const std::function<void()>& idle,
                int pollMs = 100);
     // The same loop with the frames handed over as they are.
@@ -110,14 +157,28 @@ private:
         std::function<std::optional<Clock::time_point>()> due;
         std::function<void(Clock::time_point)> fire;
     };
+    using PendingHandler = std::function<bool(const PendingRequest&, std::vector<std::string>& reply)>;
 
-    // Handles the one request that is waiting (if any) within `timeoutMs`.
-    void serveOne(const FrameHandler& handler, int timeoutMs);
-    // Polls the socket and the watched descriptors for up to `timeoutMs` (less when a timer
-    // is due sooner), runs the watchers and the due timers; true when a request is waiting.
-    bool pollAll(int timeoutMs);
+    void serveLoop(const std::atomic<bool>& stop, const PendingHandler& handler, const std::function<void()>& idle,
+                   int pollMs);
+    // Waits up to `timeoutMs` for the socket (less when a timer is due sooner), answering
+    // ZAP and connection events and running the watchers and due timers meanwhile.
+    bool pollSockets(int timeoutMs);
+    // Reads one waiting request into the queue (or refuses it at once); false when none waits.
+    bool receiveOne();
+    // Handles the request in turn, unless it waits for others (FairQueue::take).
+    void handleNext(const PendingHandler& handler);
+    int pollTimeoutMs(int pollMs) const;
+    void sendReply(const std::vector<std::string>& envelope, const std::vector<std::string>& reply);
+    void refuse(const PendingRequest& request, int code, const std::string& message);
+    Json::Value answer(const PendingRequest& pending, const Handler& handler);
 
+    ServerOptions m_options;
+    std::unique_ptr<ZapHandler> m_zap;  // before the socket: see ZapHandler
     zmq::socket_t m_socket;
+    std::unique_ptr<ConnectionGuard> m_guard;
+    FairQueue m_queue;
+    FairQueue::Clock::time_point m_retry_at = FairQueue::Clock::time_point::min();
     uint64_t m_served = 0;
     std::vector<Watched> m_watched;
     std::vector<Timer> m_timers;

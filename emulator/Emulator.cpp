@@ -23,45 +23,14 @@
 namespace pimav::detail {
 
 const Emulator::Handler Emulator::kHandlers[Aes67Commands::kCommandCount] = {
-#define PIMAV_COMMAND(id, name, method, shape, text) &Emulator::method,
+#define PIMAV_COMMAND(id, name, method, shape, access, text) &Emulator::method,
 #include "api/CommandTable.def"
 #undef PIMAV_COMMAND
 };
 
 // The property of each handler that the transactions, and the tests of requests without
-// their members, go by: whether its command changes the device's state.
-bool Emulator::changesState(uint32_t commandId) {
-    switch (commandId) {
-        case AES67_SAVE_SDP_INFO:
-        case AES67_ADD_SOURCE_SESSION:
-        case AES67_ADD_DESTINATION_SESSION:
-        case AES67_REMOVE_SESSION:
-        case AES67_UPDATE_SESSION:
-        case AES67_FILE_SAVE_RUNNING:
-        case AES67_FILE_LOAD_TO_RUNNING:
-        case AES67_FILE_LOAD_CFG_TO_RUNNING:
-        case AES67_ADD_DESTINATION_SESSION_MANUALLY:
-        case AES67_CLK_SET_CFG:
-        case AES67_PAUSE_RESUME_SESSION:
-        case AES67_FILE_SET_STARTUP_POS:
-        case AES67_FILE_REMOVE_CFG:
-        case AES67_SET_GLOBAL_CFG:
-        case AES67_SET_SDI_PATTERN_GENERATOR_CFG:
-        case AES67_SET_HDMI_PATTERN_GENERATOR_CFG:
-        case AES67_SET_SDI_OFFSETS:
-        case AES67_SET_HDMI_AUDIO_OFFSET:
-        case AES67_RESET_SYSTEM_CLOCK_COUNTERS:
-        case AES67_REMOVE_EXTERNAL_ADVERTISEMENT:
-        case AES67_SET_INTERFACE_LOOPBACK_MODE:
-        case AES67_SET_VIDEO_REFERENCE_CFG:
-        case AES67_DISCONNECT_CHANNELS:
-        case AES67_SET_SOURCE_CHANNEL_GAIN:
-        case AES67_SET_DESTINATION_CHANNEL_GAIN:
-            return true;
-        default:
-            return false;
-    }
-}
+// their members, go by: the command table's access column.
+bool Emulator::changesState(uint32_t commandId) { return commandChangesState(commandId); }
 
 Emulator::Emulator(const EmulatorOptions& options) : m_options(options), m_settings(defaultSettings()) {
     if (m_options.configDir.empty()) {
@@ -83,8 +52,10 @@ Json::Value Emulator::handle(const Request& request) {
         throw CommandError(kBadRequest, "unknown command id " + std::to_string(request.commandId));
     }
     ErrorAuxMsg::getInstance()->clear();
-    Logger::log(7, "emulator: command %u request %s", request.commandId,
-                request.hasDocument ? renderReply(request.document).c_str() : "(none)");
+    if (Logger::isEnabled(7)) {
+        Logger::log(7, "emulator: command %u request %s", request.commandId,
+                    request.hasDocument ? renderReply(request.document).c_str() : "(none)");
+    }
     Json::Value reply = run(request);
     ErrorAuxMsg::getInstance()->clear();
     return reply;

@@ -125,7 +125,7 @@ private:
     void commit(const Snapshot& before);
 
     // One handler per command, named by its row of the command table.
-#define PIMAV_COMMAND(id, name, method, shape, text) Json::Value method(const Request& r);
+#define PIMAV_COMMAND(id, name, method, shape, access, text) Json::Value method(const Request& r);
 #include "api/CommandTable.def"
 #undef PIMAV_COMMAND
 

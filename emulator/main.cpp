@@ -17,6 +17,7 @@
 #include "pimAvMngApi/device/BoardModel.h"
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/version.h"
+#include "platform/CurveKeys.h"
 
 using namespace pimav::detail;
 
@@ -35,6 +36,19 @@ std::string defaultConfigDir() {
     }
     const char* home = std::getenv("HOME");
     return std::string(home != nullptr ? home : "/tmp") + "/.local/state/avmng-emulator";
+}
+
+// The secret key of a .key file; throws std::runtime_error naming the file and the fault.
+std::string readServerKey(const std::string& path) {
+    CurveKeyPair pair;
+    const KeyStatus status = readCurveKeyFile(path, pair);
+    if (!status.ok()) {
+        throw std::runtime_error(status.error);
+    }
+    if (!status.warning.empty()) {
+        Logger::log(4, "avmng-emulator: %s", status.warning.c_str());
+    }
+    return pair.secretKey;
 }
 
 }  // namespace
@@ -80,6 +94,16 @@ int main(int argc, char** argv) {
     app.add_option("--max-state-bytes", options.maxStateBytes, "bytes of running state kept at most")
         ->capture_default_str()
         ->check(CLI::Range(size_t{4096}, size_t{1} << 30));
+    ServerOptions serverOptions;
+    std::string curveSecret;
+    std::string curveClients;
+    app.add_option("--max-request", serverOptions.maxRequestBytes, "largest request in bytes; larger ones are refused")
+        ->check(CLI::Range(size_t{1024}, size_t{1} << 30))
+        ->capture_default_str();
+    auto* secretOption = app.add_option("--curve-secret", curveSecret, "serve CURVE with this .key file");
+    app.add_option("--curve-clients", curveClients, "folder of client .pub keys (readonly/: read-only keys)")
+        ->needs(secretOption);
+    secretOption->needs(app.get_option("--curve-clients"));
     EmulatorSapOptions sapOptions;
     addSapOptions(app, sapOptions);
     // Usage errors: one line on stderr and exit status 2, as the other tools.
@@ -103,7 +127,16 @@ int main(int argc, char** argv) {
         Emulator emulator(options);
         EmulatorSap sap(emulator, sapOptions);
         zmq::context_t context(1);
-        RequestServer server(context, bind);
+        ClientKeys clientKeys;
+        if (!curveSecret.empty()) {
+            serverOptions.curveSecretKey = readServerKey(curveSecret);
+            clientKeys = ClientKeys::load(curveClients);
+            serverOptions.clientKeys = &clientKeys;
+            Logger::log(4, "avmng-emulator: CURVE with %zu full-access and %zu read-only client keys",
+                        clientKeys.count(ClientKeys::Access::Full), clientKeys.count(ClientKeys::Access::ReadOnly));
+        }
+        raiseDescriptorLimit();
+        RequestServer server(context, bind, serverOptions);
         sap.attach(server);
         Logger::log(4, "avmng-emulator: listening on %s (board %s, module %s, state in %s)", bind.c_str(),
                     options.board.c_str(), options.module.c_str(), options.configDir.c_str());

@@ -184,6 +184,8 @@ const char* ClientJsonApi::describeError(int code) {
             return "reply exceeds the size limit";
         case kErrCurveKeys:
             return "CURVE keys cannot be used";
+        case kErrKeyRefused:
+            return "the daemon refused this client's key";
         default:
             return "unknown error";
     }
@@ -245,7 +247,8 @@ void ClientJsonApi::closeSocket() {
 
 // Waits until the reply is readable or the deadline passes; a signal interrupting the
 // wait does not shorten or extend it. The socket's connection events are read meanwhile:
-// a link that this client dropped (a reply above the size limit) ends the wait at once.
+// a link that this client dropped (a reply above the size limit) or a key that the daemon
+// refused ends the wait at once.
 int ClientJsonApi::awaitReply(IpcMsg& msg, int timeoutMs, std::chrono::steady_clock::time_point deadline) {
     using namespace std::chrono;
     for (;;) {
@@ -258,6 +261,12 @@ int ClientJsonApi::awaitReply(IpcMsg& msg, int timeoutMs, std::chrono::steady_cl
                             (m_max_reply_bytes > 0 ? "limit " + std::to_string(m_max_reply_bytes) + " bytes"
                                                    : "no size limit: the reply broke the framing") +
                             ")");
+        }
+        if (const int status = m_monitor->keyRefusal(); status != 0) {
+            closeSocket();
+            return fail(kErrKeyRefused, &msg,
+                        m_endpoint + " refused the client key " + m_curve_public_key + " (ZAP status " +
+                            std::to_string(status) + ")");
         }
         if (deadline <= now) {
             const int handshakeFailures = m_monitor->handshakeFailures();

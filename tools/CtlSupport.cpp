@@ -26,7 +26,7 @@ struct PassThrough {
 #define PIMAV_PASS_THROUGH_GAIN(method) {nullptr, nullptr, &AvMngApiJson::method}
 #define PIMAV_PASS_THROUGH_NONE(method) {}
 const PassThrough kPassThroughs[] = {
-#define PIMAV_COMMAND(id, name, method, shape, text) PIMAV_PASS_THROUGH_##shape(method),
+#define PIMAV_COMMAND(id, name, method, shape, access, text) PIMAV_PASS_THROUGH_##shape(method),
 #include "api/CommandTable.def"
 #undef PIMAV_COMMAND
 };

@@ -181,11 +181,20 @@ int Background::stop() {
 }
 
 EmulatorProcess::EmulatorProcess(std::string configDir, std::vector<std::string> extraArgs,
-                                 std::vector<std::string> wrapper)
+                                 std::vector<std::string> wrapper, std::vector<ChildLimit> limits)
     : m_config_dir(configDir.empty() ? makeTempDir("emu") : std::move(configDir)),
       m_extra(std::move(extraArgs)),
-      m_wrapper(std::move(wrapper)) {
+      m_wrapper(std::move(wrapper)),
+      m_limits(std::move(limits)) {
     start();
+}
+
+bool EmulatorProcess::alive() {
+    int status = 0;
+    if (m_pid > 0 && ::waitpid(m_pid, &status, WNOHANG) == m_pid) {
+        m_pid = -1;
+    }
+    return m_pid > 0;
 }
 
 EmulatorProcess::~EmulatorProcess() {
@@ -196,7 +205,22 @@ EmulatorProcess::~EmulatorProcess() {
 
 std::string EmulatorProcess::endpoint() const { return "tcp://127.0.0.1:" + std::to_string(m_port); }
 
+bool EmulatorProcess::listening() const {
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    addr.sin_port = htons(static_cast<uint16_t>(m_port));
+    const bool connected = fd >= 0 && ::connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
+    if (fd >= 0) {
+        ::close(fd);
+    }
+    return connected;
+}
+
 void EmulatorProcess::start() {
+    // A plain client cannot talk to a CURVE daemon: then listening is all that shows.
+    const bool curve = std::find(m_extra.begin(), m_extra.end(), "--curve-secret") != m_extra.end();
     for (int attempt = 0; attempt < 5; ++attempt) {
         m_port = freeLoopbackPort();
         std::vector<std::string> argv = {binaryPath("emulator/avmng-emulator"), "--bind", endpoint(), "--config-dir",
@@ -207,6 +231,10 @@ void EmulatorProcess::start() {
         if (m_pid == 0) {
             const int null = ::open("/dev/null", O_WRONLY);
             ::dup2(null, 1);
+            for (const ChildLimit& limit : m_limits) {
+                const rlimit value{limit.value, limit.value};
+                ::setrlimit(limit.resource, &value);
+            }
             std::vector<char*> args;
             for (const auto& a : argv) {
                 args.push_back(const_cast<char*>(a.c_str()));
@@ -221,8 +249,11 @@ void EmulatorProcess::start() {
                 m_pid = -1;
                 break;  // did not start (port taken meanwhile?): try another port
             }
-            if (!call(51, Json::Value(), 200).isNull()) {
+            if (curve ? listening() : !call(51, Json::Value(), 200).isNull()) {
                 return;
+            }
+            if (curve) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
             }
         }
         if (m_pid > 0) {

@@ -4,6 +4,7 @@
 // and speaks the raw wire protocol to it.
 
 #include <json/json.h>
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <memory>
@@ -57,13 +58,20 @@ private:
     std::string m_text[2];
 };
 
+// A resource limit (soft and hard) for a child process: {RLIMIT_AS, 1 << 30}, ...
+struct ChildLimit {
+    int resource;
+    rlim_t value;
+};
+
 class EmulatorProcess {
 public:
     // Starts the emulator with its state in `configDir` (a new temporary directory when
     // empty) and `extraArgs`, through `wrapper` (a command line that ends by running the
-    // rest of its arguments) when given; waits until it answers.
+    // rest of its arguments) when given, under `limits`; waits until it answers (with
+    // --curve-secret, which the plain call() cannot pass, until it listens).
     explicit EmulatorProcess(std::string configDir = "", std::vector<std::string> extraArgs = {},
-                             std::vector<std::string> wrapper = {});
+                             std::vector<std::string> wrapper = {}, std::vector<ChildLimit> limits = {});
     ~EmulatorProcess();
     EmulatorProcess(const EmulatorProcess&) = delete;
     EmulatorProcess& operator=(const EmulatorProcess&) = delete;
@@ -73,6 +81,8 @@ public:
     const std::string& configDir() const { return m_config_dir; }
     pid_t pid() const { return m_pid; }
     bool running() const { return m_pid > 0; }
+    // False once the process has ended (by itself or killed); reaps it then.
+    bool alive();
 
     // SIGTERM and wait; returns the exit status (128 + signal when killed).
     int stop();
@@ -90,10 +100,12 @@ public:
 
 private:
     void start();
+    bool listening() const;
 
     std::string m_config_dir;
     std::vector<std::string> m_extra;
     std::vector<std::string> m_wrapper;
+    std::vector<ChildLimit> m_limits;
     // One REQ socket reused across calls; dropped after a timeout so that the next call
     // starts a fresh exchange.
     mutable std::unique_ptr<zmq::socket_t> m_socket;

@@ -11,52 +11,12 @@
 #include <thread>
 #include <vector>
 
-#include "Emulator.h"
-#include "common/RequestServer.h"
+#include "ServedEmulator.h"
 #include "pimAvMngApi/api/AvMngApi.h"
 
 using namespace pimav::detail;
 
 namespace {
-
-// The emulator answering on a loopback port of its own, from its own thread.
-class ServedEmulator {
-public:
-    ServedEmulator() {
-        std::string dir = "/tmp/pimav-shared-XXXXXX";
-        m_dir = ::mkdtemp(dir.data());
-        EmulatorOptions options;
-        options.configDir = m_dir;
-        m_emulator = std::make_unique<Emulator>(options);
-        m_server = std::make_unique<RequestServer>(m_context, "tcp://127.0.0.1:*");
-        const std::string endpoint = m_server->endpoint();
-        m_port = static_cast<uint16_t>(std::stoul(endpoint.substr(endpoint.rfind(':') + 1)));
-        if (m_server) {
-            m_thread = std::thread([this] {
-                m_server->serve(
-                    m_stop, [this](const Request& r) { return m_emulator->handle(r); }, [] {}, 20);
-            });
-        }
-    }
-    ~ServedEmulator() {
-        m_stop = true;
-        if (m_thread.joinable()) {
-            m_thread.join();
-        }
-        std::filesystem::remove_all(m_dir);
-    }
-    bool serving() const { return m_server != nullptr; }
-    uint16_t port() const { return m_port; }
-
-private:
-    std::string m_dir;
-    zmq::context_t m_context;
-    std::unique_ptr<Emulator> m_emulator;
-    std::unique_ptr<RequestServer> m_server;
-    uint16_t m_port = 0;
-    std::atomic<bool> m_stop{false};
-    std::thread m_thread;
-};
 
 // Each thread adds its own senders, reads them back many times, sees them in the id list,
 // removes them and sees them gone: every result is checked, so a reply handed to the wrong
@@ -66,7 +26,6 @@ TEST(SharedClient, EightThreadsShareOneAvMngApi) {
     constexpr int kRounds = 5;
     constexpr int kReadsPerRound = 28;  // 2 calls each: about 300 calls per thread
     ServedEmulator served;
-    ASSERT_TRUE(served.serving());
     zmq::context_t context;
     AvMngApi api;
     api.jsonApi.ipcPort = served.port();

@@ -107,13 +107,13 @@ TEST(ClientJsonApi, ErrorCodesAreDistinctNamedAndBelowLibraryCodes) {
          {ClientJsonApi::kErrNotInitialised, ClientJsonApi::kErrSocket, ClientJsonApi::kErrConnect,
           ClientJsonApi::kErrSendFailed, ClientJsonApi::kErrTimeout, ClientJsonApi::kErrReceiveFailed,
           ClientJsonApi::kErrBadReply, ClientJsonApi::kErrReplyNotJson, ClientJsonApi::kErrReplyTooLarge,
-          ClientJsonApi::kErrCurveKeys}) {
+          ClientJsonApi::kErrCurveKeys, ClientJsonApi::kErrKeyRefused}) {
         EXPECT_LT(code, -23);
         codes.insert(code);
         texts.insert(ClientJsonApi::describeError(code));
     }
-    EXPECT_EQ(codes.size(), 10u);
-    EXPECT_EQ(texts.size(), 10u);
+    EXPECT_EQ(codes.size(), 11u);
+    EXPECT_EQ(texts.size(), 11u);
     EXPECT_EQ(texts.count(ClientJsonApi::describeError(-7)), 0u);
 }
 

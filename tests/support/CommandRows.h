@@ -2,7 +2,8 @@
 
 // The command table as the tests know it: tests/data/commands.tsv, written apart from the
 // library's own table so that each checks the other. Columns, tab-separated: id, enum name,
-// method, shape (REQUEST, REPLY, GAIN or NONE: no client method), description.
+// method, shape (REQUEST, REPLY, GAIN or NONE: no client method), access (WRITE when the
+// command changes the device's state, else READ), description.
 
 #include <fstream>
 #include <map>
@@ -18,10 +19,12 @@ struct CommandRowText {
     std::string enumName;
     std::string method;
     std::string shape;
+    std::string access;
     std::string description;
 
     bool hasMethod() const { return shape != "NONE"; }
     bool sendsDocument() const { return shape == "REQUEST" || shape == "GAIN"; }
+    bool changesState() const { return access == "WRITE"; }
     // The method's pretty-function signature.
     std::string signature() const {
         const char* params = shape == "REQUEST" ? "(const Json::Value&, Json::Value&)"
@@ -49,7 +52,8 @@ inline const std::vector<CommandRowText>& commandRows() {
             std::string id;
             if (!std::getline(fields, id, '\t') || !std::getline(fields, row.enumName, '\t') ||
                 !std::getline(fields, row.method, '\t') || !std::getline(fields, row.shape, '\t') ||
-                !std::getline(fields, row.description)) {
+                !std::getline(fields, row.access, '\t') || !std::getline(fields, row.description) ||
+                (row.access != "READ" && row.access != "WRITE")) {
                 throw std::runtime_error("malformed row in tests/data/commands.tsv: " + line);
             }
             row.id = static_cast<unsigned>(std::stoul(id));
@@ -89,7 +93,7 @@ inline const std::map<std::string, PassThroughMethod>& passThroughMethods() {
 #define PIMAV_TEST_METHOD_REPLY(m) {#m, {nullptr, nullptr, &AvMngApiJson::m}},
 #define PIMAV_TEST_METHOD_NONE(m)
     static const std::map<std::string, PassThroughMethod> methods = {
-#define PIMAV_COMMAND(id, name, method, shape, text) PIMAV_TEST_METHOD_##shape(method)
+#define PIMAV_COMMAND(id, name, method, shape, access, text) PIMAV_TEST_METHOD_##shape(method)
 #include "api/CommandTable.def"
 #undef PIMAV_COMMAND
     };

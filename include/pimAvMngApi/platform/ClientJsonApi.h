@@ -51,6 +51,7 @@ public:
     static constexpr int kErrReplyNotJson = -108;    ///< the reply frame is not a JSON document
     static constexpr int kErrReplyTooLarge = -109;   ///< the reply exceeded the reply size limit
     static constexpr int kErrCurveKeys = -110;       ///< the CURVE key setting cannot be used
+    static constexpr int kErrKeyRefused = -111;      ///< the daemon refused this client's CURVE key
 
     /// Reply time limit (milliseconds) used by the base hook, and for any hook result <= 0.
     static constexpr int kDefaultClientTimeoutMs = 150000;
