@@ -124,8 +124,10 @@ int main(int argc, char** argv) {
         const int null = ::open("/dev/null", O_WRONLY);
         ::dup2(null, 1);
         const std::string program = std::string(PIMAV_BINARY_DIR) + "/emulator/avmng-emulator";
+        // Room for every session: the advertised table is bounded (1,024 entries by default).
+        const std::string limit = std::to_string(std::max(sessions, 1u));
         ::execl(program.c_str(), program.c_str(), "--bind", bind.c_str(), "--config-dir", dir, "--sap-listen",
-                "127.0.0.1:0", "--log-level", "1", static_cast<char*>(nullptr));
+                "127.0.0.1:0", "--max-advertised", limit.c_str(), "--log-level", "1", static_cast<char*>(nullptr));
         _exit(127);
     }
 

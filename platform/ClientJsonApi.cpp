@@ -245,6 +245,14 @@ void ClientJsonApi::closeSocket() {
     }
 }
 
+// Ends an exchange whose connection the daemon refused at its authentication (ZAP).
+int ClientJsonApi::keyRefused(IpcMsg& msg, int zapStatus) {
+    closeSocket();
+    return fail(kErrKeyRefused, &msg,
+                m_endpoint + " refused the client key " + m_curve_public_key + " (ZAP status " +
+                    std::to_string(zapStatus) + ")");
+}
+
 // Waits until the reply is readable or the deadline passes; a signal interrupting the
 // wait does not shorten or extend it. The socket's connection events are read meanwhile:
 // a link that this client dropped (a reply above the size limit) or a key that the daemon
@@ -263,10 +271,7 @@ int ClientJsonApi::awaitReply(IpcMsg& msg, int timeoutMs, std::chrono::steady_cl
                             ")");
         }
         if (const int status = m_monitor->keyRefusal(); status != 0) {
-            closeSocket();
-            return fail(kErrKeyRefused, &msg,
-                        m_endpoint + " refused the client key " + m_curve_public_key + " (ZAP status " +
-                            std::to_string(status) + ")");
+            return keyRefused(msg, status);
         }
         if (deadline <= now) {
             const int handshakeFailures = m_monitor->handshakeFailures();
@@ -311,8 +316,33 @@ int ClientJsonApi::exchange(IpcMsg& msg, Json::Value& reply) {
     try {
         m_monitor->beginExchange();
         m_socket->set(zmq::sockopt::sndtimeo, timeoutMs);
-        if (!m_socket->send(zmq::buffer(idFrame), zmq::send_flags::sndmore) ||
-            !m_socket->send(zmq::buffer(document), zmq::send_flags::none)) {
+        // The REQ socket takes the request only while it has a connection (made or being
+        // made). A daemon that refuses this client's key ends the connection for good, and
+        // that may happen before this request: the wait for the socket to take the request
+        // therefore watches the link's events too.
+        bool taken = false;
+        while (!(taken = m_socket->send(zmq::buffer(idFrame), zmq::send_flags::sndmore | zmq::send_flags::dontwait)
+                             .has_value())) {
+            if (const int status = m_monitor->keyRefusal(); status != 0) {
+                return keyRefused(msg, status);
+            }
+            const auto now = std::chrono::steady_clock::now();
+            if (deadline <= now) {
+                break;
+            }
+            zmq::pollitem_t items[] = {{m_socket->handle(), 0, ZMQ_POLLOUT, 0}, m_monitor->pollItem()};
+            try {
+                zmq::poll(items, 2, std::chrono::ceil<std::chrono::milliseconds>(deadline - now));
+            } catch (const zmq::error_t& e) {
+                if (e.num() != EINTR) {
+                    throw;
+                }
+            }
+            if ((items[1].revents & ZMQ_POLLIN) != 0) {
+                m_monitor->readEvents();
+            }
+        }
+        if (!taken || !m_socket->send(zmq::buffer(document), zmq::send_flags::none)) {
             closeSocket();
             return fail(
                 kErrTimeout, &msg,

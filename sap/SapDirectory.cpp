@@ -3,22 +3,18 @@
 #include <algorithm>
 
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/WordTable.h"
 
 namespace pimav::detail {
 
-const char* sapChangeWord(SapChange::Kind kind) {
-    switch (kind) {
-        case SapChange::Added:
-            return "add";
-        case SapChange::Replaced:
-            return "replace";
-        case SapChange::Deleted:
-            return "delete";
-        case SapChange::Expired:
-            return "expire";
-    }
-    return "unknown";
-}
+constexpr WordRow<SapChange::Kind> kSapChangeWords[] = {
+    {SapChange::Added, "add"},
+    {SapChange::Replaced, "replace"},
+    {SapChange::Deleted, "delete"},
+    {SapChange::Expired, "expire"},
+};
+
+const char* sapChangeWord(SapChange::Kind kind) { return wordOf(kSapChangeWords, kind, "unknown").data(); }
 
 SapDirectory::SapDirectory(Sink sink, Clock::duration fixedTimeout)
     : m_sink(std::move(sink)), m_fixed_timeout(fixedTimeout) {}

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "pimAvMngApi/platform/Logger.h"
+#include "platform/WordTable.h"
 
 namespace pimav::detail {
 
@@ -189,31 +190,20 @@ bool SapPacket::operator==(const SapPacket& other) const {
            compressed == other.compressed && typed == other.typed && auth == other.auth && sdp == other.sdp;
 }
 
-const char* sapErrorWord(SapError error) {
-    switch (error) {
-        case SapError::None:
-            return "none";
-        case SapError::Truncated:
-            return "truncated";
-        case SapError::WrongVersion:
-            return "wrong-version";
-        case SapError::Encrypted:
-            return "encrypted";
-        case SapError::AuthBeyondPacket:
-            return "auth-beyond-packet";
-        case SapError::BadZlib:
-            return "bad-zlib";
-        case SapError::PayloadTooLarge:
-            return "payload-too-large";
-        case SapError::EmptyPayload:
-            return "empty-payload";
-        case SapError::WrongPayloadType:
-            return "wrong-payload-type";
-        case SapError::NotSdp:
-            return "not-sdp";
-    }
-    return "unknown";
-}
+constexpr WordRow<SapError> kSapErrorWords[] = {
+    {SapError::None, "none"},
+    {SapError::Truncated, "truncated"},
+    {SapError::WrongVersion, "wrong-version"},
+    {SapError::Encrypted, "encrypted"},
+    {SapError::AuthBeyondPacket, "auth-beyond-packet"},
+    {SapError::BadZlib, "bad-zlib"},
+    {SapError::PayloadTooLarge, "payload-too-large"},
+    {SapError::EmptyPayload, "empty-payload"},
+    {SapError::WrongPayloadType, "wrong-payload-type"},
+    {SapError::NotSdp, "not-sdp"},
+};
+
+const char* sapErrorWord(SapError error) { return wordOf(kSapErrorWords, error, "unknown").data(); }
 
 std::string encodeSap(const SapPacket& packet) {
     if (packet.auth.size() % 4 != 0 || packet.auth.size() > kMaxAuthBytes) {

@@ -1,4 +1,5 @@
 #include "SdpLintRules.h"
+#include "platform/WordTable.h"
 
 namespace pimav::detail {
 
@@ -19,17 +20,13 @@ size_t lintRuleCount() {
     return sizeof(kRules) / sizeof(kRules[0]);
 }
 
-const char* lintSeverityName(LintSeverity severity) {
-    switch (severity) {
-        case LintSeverity::Error:
-            return "error";
-        case LintSeverity::Warning:
-            return "warning";
-        case LintSeverity::Info:
-            return "info";
-    }
-    return "error";
-}
+constexpr WordRow<LintSeverity> kLintSeverityNames[] = {
+    {LintSeverity::Error, "error"},
+    {LintSeverity::Warning, "warning"},
+    {LintSeverity::Info, "info"},
+};
+
+const char* lintSeverityName(LintSeverity severity) { return wordOf(kLintSeverityNames, severity, "error").data(); }
 
 std::string lintProfileNames(unsigned profiles) {
     if (profiles == kLintGeneral) {

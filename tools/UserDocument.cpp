@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "common/AtomicFile.h"
+#include "platform/WordTable.h"
 
 namespace pimav::detail {
 
@@ -101,25 +102,18 @@ std::string readFailure(const Json::Value& doc, const RecordRoundTrip& roundTrip
     }
 }
 
-const char* kindName(const Json::Value& value) {
-    switch (value.type()) {
-        case Json::nullValue:
-            return "null";
-        case Json::intValue:
-        case Json::uintValue:
-        case Json::realValue:
-            return "a number";
-        case Json::stringValue:
-            return "a string";
-        case Json::booleanValue:
-            return "true or false";
-        case Json::arrayValue:
-            return "an array";
-        case Json::objectValue:
-            return "an object";
-    }
-    return "a value";
-}
+constexpr WordRow<Json::ValueType> kKindNames[] = {
+    {Json::nullValue, "null"},
+    {Json::intValue, "a number"},
+    {Json::uintValue, "a number"},
+    {Json::realValue, "a number"},
+    {Json::stringValue, "a string"},
+    {Json::booleanValue, "true or false"},
+    {Json::arrayValue, "an array"},
+    {Json::objectValue, "an object"},
+};
+
+const char* kindName(const Json::Value& value) { return wordOf(kKindNames, value.type(), "a value").data(); }
 
 Json::Value withMember(const Json::Value& doc, const Path& path, const Json::Value& value) {
     Json::Value changed = doc;

@@ -53,24 +53,25 @@ std::string makeTempDir(const std::string& tag) {
     return tmpl;
 }
 
-int freeLoopbackPort() {
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+ReservedPort::ReservedPort() : m_fd(::socket(AF_INET, SOCK_STREAM, 0)) {
     sockaddr_in addr{};
     addr.sin_family = AF_INET;
     addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     addr.sin_port = 0;
     socklen_t len = sizeof addr;
-    if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0 ||
-        ::getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &len) != 0) {
-        if (fd >= 0) {
-            ::close(fd);
+    if (m_fd < 0 || ::bind(m_fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0 ||
+        ::getsockname(m_fd, reinterpret_cast<sockaddr*>(&addr), &len) != 0) {
+        if (m_fd >= 0) {
+            ::close(m_fd);
         }
         throw std::runtime_error("no free loopback port");
     }
-    const int port = ntohs(addr.sin_port);
-    ::close(fd);
-    return port;
+    m_port = ntohs(addr.sin_port);
 }
+
+ReservedPort::~ReservedPort() { ::close(m_fd); }
+
+int freeLoopbackPort() { return ReservedPort().port(); }
 
 pid_t spawn(const std::vector<std::string>& argv, int& outFd, int& errFd) {
     int outPipe[2];

@@ -23,6 +23,21 @@ std::string makeTempDir(const std::string& tag);
 // A TCP port on 127.0.0.1 that nothing listens on at the time of the call.
 int freeLoopbackPort();
 
+// A loopback port kept bound, without listening, while the object lives: a connection to
+// it is refused at once, and no other program (another test's daemon) can take it.
+class ReservedPort {
+public:
+    ReservedPort();
+    ~ReservedPort();
+    ReservedPort(const ReservedPort&) = delete;
+    ReservedPort& operator=(const ReservedPort&) = delete;
+    int port() const { return m_port; }
+
+private:
+    int m_fd = -1;
+    int m_port = 0;
+};
+
 struct RunResult {
     int status = -1;  // exit status, or 128 + signal
     std::string out;

@@ -81,6 +81,7 @@ std::string substitute(std::string text, const std::map<std::string, std::string
 
 TEST(ToolMessages, EachBadInputGivesOneLineAndTheDocumentedStatus) {
     EmulatorProcess emulator("", {"--advertise", sourcePath("examples/advertised")});
+    const ReservedPort nobodyListens;
     const std::map<std::string, std::string> values = {
         {"{data}", kTestData + "tool-messages"},
         {"{tests}", kTestData.substr(0, kTestData.size() - 1)},
@@ -88,7 +89,7 @@ TEST(ToolMessages, EachBadInputGivesOneLineAndTheDocumentedStatus) {
         {"{examples}", sourcePath("examples/documents")},
         {"{tmp}", makeTempDir("messages")},
         {"{port}", std::to_string(emulator.port())},
-        {"{free}", std::to_string(freeLoopbackPort())},
+        {"{free}", std::to_string(nobodyListens.port())},
     };
     const std::map<std::string, std::string> programs = {
         {"avmngctl", binaryPath("tools/avmngctl")},

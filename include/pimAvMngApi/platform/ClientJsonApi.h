@@ -117,6 +117,7 @@ private:
     int fail(int code, const IpcMsg* msg, const std::string& detail, const char* step = "init");
     int exchange(IpcMsg& msg, Json::Value& reply);
     int awaitReply(IpcMsg& msg, int timeoutMs, std::chrono::steady_clock::time_point deadline);
+    int keyRefused(IpcMsg& msg, int zapStatus);
     int daemonRefusal(const IpcMsg& msg, const Json::Value& reply);
     int timeoutLocked();
     void readEnvironment();
