@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <random>
-
 #include "EmulatorProcess.h"
 #include "pimAvMngApi/api/AvMngApiJson.h"
 #include "platform/IpcWire.h"
@@ -37,70 +35,30 @@ TEST(EmulatorRobustness, UnreadableRequestsGetAnErrorReplyAndTheDaemonGoesOn) {
     struct Case {
         const char* what;
         std::vector<std::string> frames;
+        int code;
     };
     const std::vector<Case> cases = {
-        {"one frame", {encodeCommandId(5)}},
-        {"three frames", {encodeCommandId(5), "", ""}},
-        {"short id frame", {"ab", ""}},
-        {"unknown id", {encodeCommandId(56), ""}},
-        {"huge id", {encodeCommandId(0xFFFFFFFFu), ""}},
-        {"bad JSON", {encodeCommandId(4), "{\"id\":"}},
-        {"JSON array", {encodeCommandId(4), "[1,2]"}},
-        {"JSON number", {encodeCommandId(4), "42"}},
-        {"wrong kind of id", {encodeCommandId(4), "{\"id\":\"seven\"}"}},
-        {"missing request", {encodeCommandId(4), ""}},
-        {"unknown session", {encodeCommandId(0), "{\"id\":999999}"}},
-        {"session id 0", {encodeCommandId(15), "{\"id\":0}"}},
-        {"position out of range", {encodeCommandId(25), "{\"pos\":11}"}},
+        {"one frame", {encodeCommandId(5)}, -13},
+        {"three frames", {encodeCommandId(5), "", ""}, -13},
+        {"short id frame", {"ab", ""}, -13},
+        {"unknown id", {encodeCommandId(56), ""}, -13},
+        {"huge id", {encodeCommandId(0xFFFFFFFFu), ""}, -13},
+        {"bad JSON", {encodeCommandId(4), "{\"id\":"}, -13},
+        {"JSON array", {encodeCommandId(4), "[1,2]"}, -13},
+        {"JSON number", {encodeCommandId(4), "42"}, -13},
+        {"wrong kind of id", {encodeCommandId(4), "{\"id\":\"seven\"}"}, -13},
+        {"missing request", {encodeCommandId(4), ""}, -13},
+        {"unknown session", {encodeCommandId(0), "{\"id\":999999}"}, -16},
+        {"session id 0", {encodeCommandId(15), "{\"id\":0}"}, -14},
+        {"position out of range", {encodeCommandId(25), "{\"pos\":11}"}, -8},
     };
     for (const auto& c : cases) {
         const Json::Value reply = parse(emulator.callRaw(c.frames));
         ASSERT_TRUE(reply.isObject()) << c.what;
         ASSERT_TRUE(reply["error"].isObject()) << c.what;
-        EXPECT_LT(reply["error"]["code"].asInt(), 0) << c.what;
+        EXPECT_EQ(reply["error"]["code"].asInt(), c.code) << c.what;
         EXPECT_FALSE(reply["error"]["message"].asString().empty()) << c.what;
     }
-    EXPECT_EQ(emulator.call(15, Json::Value())["error"]["code"].asInt(), -13);
-    EXPECT_EQ(emulator.callRaw({encodeCommandId(15), "{\"id\":0}"}).find("-14") != std::string::npos, true);
-    EXPECT_EQ(emulator.call(25, [] { Json::Value v; v["pos"] = 11; return v; }())["error"]["code"].asInt(), -8);
-}
-
-TEST(EmulatorRobustness, SurvivesTenThousandMalformedRequestsInARow) {
-    EmulatorProcess emulator;
-    std::mt19937 random(1234);
-    std::uniform_int_distribution<int> byte(0, 255);
-    for (int i = 0; i < 10000; ++i) {
-        std::vector<std::string> frames;
-        switch (i % 5) {
-            case 0:  // random bytes as the only frame
-                frames = {std::string(static_cast<size_t>(1 + i % 7), static_cast<char>(byte(random)))};
-                break;
-            case 1:  // an id that is no command
-                frames = {encodeCommandId(56 + static_cast<uint32_t>(random() % 100000)), "{}"};
-                break;
-            case 2: {  // a valid id with random text
-                std::string text(static_cast<size_t>(1 + i % 40), ' ');
-                for (auto& ch : text) {
-                    ch = static_cast<char>(byte(random));
-                }
-                frames = {encodeCommandId(static_cast<uint32_t>(i % 56)), text};
-                break;
-            }
-            case 3:  // members of the wrong kind
-                frames = {encodeCommandId(static_cast<uint32_t>(i % 56)), "{\"id\":[1],\"pos\":\"x\",\"pause\":3,\"all\":{}}"};
-                break;
-            default:  // too many frames
-                frames = {encodeCommandId(2), "{}", "extra", "more"};
-                break;
-        }
-        const std::string reply = emulator.callRaw(frames, 5000);
-        ASSERT_FALSE(reply.empty()) << "no reply to malformed request " << i;
-    }
-    const Json::Value ids = emulator.call(51);
-    ASSERT_TRUE(ids.isObject());
-    EXPECT_TRUE(ids["senders"].isArray());
-    EXPECT_TRUE(ids["receivers"].isArray());
-    EXPECT_GE(emulator.stop(), 0);
 }
 
 TEST(EmulatorRobustness, SavedConfigurationSurvivesKillBetweenSaveAndLoad) {

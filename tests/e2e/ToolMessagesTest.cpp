@@ -1,6 +1,6 @@
-// The tools on bad input (and on the sample documents): each row of
-// tests/data/tool-messages/cases.txt runs a command line and expects its exit status and its
-// whole standard error, one line.
+// The tools as a user runs them: each row of tests/data/tool-messages/cases.txt runs a
+// command line and expects its exit status, its whole standard error and, when the row
+// gives one, a part of its standard output.
 
 #include <gtest/gtest.h>
 
@@ -16,8 +16,9 @@ namespace {
 struct Row {
     int line = 0;
     int status = 0;
-    std::string stderrLine;  // "-": nothing on stderr
+    std::string stderrText;  // "-": nothing on stderr
     std::vector<std::string> words;
+    std::string stdoutPart;  // "": not checked, "-": nothing on stdout
 };
 
 // Words separated by spaces; '...' keeps spaces in one word.
@@ -47,7 +48,7 @@ std::vector<std::string> commandWords(const std::string& text) {
     return out;
 }
 
-// Lines "STATUS | STDERR | COMMAND"; '#' starts a comment line.
+// Lines "STATUS | STDERR | COMMAND[ | STDOUT]"; '#' starts a comment line.
 std::vector<Row> readRows(const std::string& path) {
     std::vector<Row> rows;
     std::istringstream in(readText(path));
@@ -59,8 +60,10 @@ std::vector<Row> readRows(const std::string& path) {
         if (line.empty() || line[0] == '#' || second == std::string::npos) {
             continue;
         }
-        rows.push_back({number, std::stoi(line.substr(0, first)), line.substr(first + 3, second - first - 3),
-                        commandWords(line.substr(second + 3))});
+        const size_t third = line.find(" | ", second + 3);
+        rows.push_back({number, std::stoi(line.substr(0, first)), unescaped(line.substr(first + 3, second - first - 3)),
+                        commandWords(line.substr(second + 3, third - second - 3)),
+                        third == std::string::npos ? "" : unescaped(line.substr(third + 3))});
     }
     return rows;
 }
@@ -81,6 +84,8 @@ TEST(ToolMessages, EachBadInputGivesOneLineAndTheDocumentedStatus) {
     const ReservedPort nobodyListens;
     const std::map<std::string, std::string> values = {
         {"{data}", kTestData + "tool-messages"},
+        {"{tests}", kTestData.substr(0, kTestData.size() - 1)},
+        {"{adv}", sourcePath("examples/advertised")},
         {"{examples}", sourcePath("examples/documents")},
         {"{tmp}", makeTempDir("messages")},
         {"{port}", std::to_string(emulator.port())},
@@ -104,10 +109,15 @@ TEST(ToolMessages, EachBadInputGivesOneLineAndTheDocumentedStatus) {
         const auto ms =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start)
                 .count();
-        const std::string expected = row.stderrLine == "-" ? "" : substitute(row.stderrLine, values) + "\n";
+        const std::string expected = row.stderrText == "-" ? "" : substitute(row.stderrText, values) + "\n";
         SCOPED_TRACE("cases.txt:" + std::to_string(row.line));
         EXPECT_EQ(r.status, row.status) << r.err;
         EXPECT_EQ(r.err, expected);
+        if (row.stdoutPart == "-") {
+            EXPECT_EQ(r.out, "");
+        } else {
+            EXPECT_NE(r.out.find(substitute(row.stdoutPart, values)), std::string::npos) << r.out;
+        }
         // Nothing here waits for a reply time limit longer than the rows' own --timeout.
         EXPECT_LT(ms, 4000);
     }

@@ -15,6 +15,7 @@
 #include "EmulatorHarness.h"
 #include "support/CommandRows.h"
 #include "support/LogCapture.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
@@ -65,6 +66,29 @@ protected:
         return pimav::detail::call(*emulator, id, json);
     }
 
+    // The rows of tests/data/emulator/state-refusals.tsv of one kind, placeholders filled.
+    static std::vector<DataRow> refusals(const std::string& kind) {
+        std::vector<DataRow> rows;
+        for (DataRow row : dataRows("emulator/state-refusals.tsv")) {
+            std::string& request = row.fields[2];
+            const size_t nest = request.find("{nested:");
+            if (nest != std::string::npos) {
+                const size_t end = request.find('}', nest);
+                request.replace(nest, end + 1 - nest, nested(std::stoul(request.substr(nest + 8))));
+            }
+            for (const auto& [key, value] : {std::pair<std::string, std::string>{"{user-sdp}", userSdpEscaped()},
+                                             {"{sender}", kSender}}) {
+                for (size_t at = request.find(key); at != std::string::npos; at = request.find(key)) {
+                    request.replace(at, key.size(), value);
+                }
+            }
+            if (row.fields[0] == kind) {
+                rows.push_back(row);
+            }
+        }
+        return rows;
+    }
+
     // What a client or a restart sees of the state.
     std::string state() {
         return jsonText(call(10)) + "\n" + fileText(options.configDir + "/running.json") + "\n" +
@@ -95,49 +119,13 @@ TEST_F(EmulatorStateTest, ARequestWithoutItsMembersChangesNothing) {
 }
 
 TEST_F(EmulatorStateTest, RefusedContentChangesNothing) {
-    Json::Value badReceiver;
-    badReceiver["name"] = "a\nb";
-    badReceiver["user-sdp"] = userSdp();
-    Json::Value deepAddress;
-    deepAddress["user-sdp"] = userSdp();
-    deepAddress["source-ip"]["a"] = Json::objectValue;
-    struct Case {
-        unsigned id;
-        std::string request;
-        int code;
-        const char* names;  // in the message
-    };
-    const std::vector<Case> cases = {
-        {2, R"({"name":"x\r\nm=video 9 RTP/AVP 96","audio-sources":[{}]})", -13,
-         R"("name" must not hold a line break)"},
-        {2, R"({"audio-sources":[{"name":"a\nb"}]})", -13, R"("audio-sources"[0]."name")"},
-        {8, R"({"session-id":1,"name":"x\u0000y","audio-sources":[{}]})", -13, R"("name")"},
-        {14, R"({"video-sources":[{"name":"v\r","transport":"239.1.1.1"}]})", -13,
-         R"("video-sources"[0]."name")"},
-        {3, jsonText(badReceiver), -13, R"("name")"},
-        {3, jsonText(deepAddress), -13, R"("source-ip")"},
-        {1, R"({"id":1,"sdp":"v=0\u0000"})", -13, "NUL"},
-        {9, R"({"pos":2,"name":"a\nb"})", -13, R"("name")"},
-        {12, R"({"sessions":[{"id":7,"kind":"receiver","config":"x"}]})", -13, R"("sessions"[0]."config")"},
-        {12, R"({"sessions":[{"id":7,"config":5}]})", -13, R"("sessions"[0]."config")"},
-        {12, R"({"sessions":[{"id":7,"kind":"robot","config":{}}]})", -13, R"("sessions"[0]."kind")"},
-        {12, R"({"sessions":[{"id":7,"config":{"name":"a\nb"}}]})", -13, R"("sessions"[0]."config"."name")"},
-        {12, R"({"sessions":[{"id":7,"config":{},"streams":[{"type":5}]}]})", -13,
-         R"("sessions"[0]."streams"[0])"},
-        {12, R"({"sessions":[{"id":7,"config":{}},{"id":7,"config":{}}]})", -13, R"("sessions"[1]."id")"},
-        {12, R"({"sessions":[],"settings":{"global":"x"}})", -13, R"("settings"."global")"},
-        {12, R"({"sessions":[],"settings":{"volume":1}})", -13, R"("settings"."volume")"},
-        {12, R"({"running":{"sessions":[],"next-session-id":"x"}})", -13, R"("next-session-id")"},
-        {29, R"({"sdi":{"sdi-port":0,"vpg":{"enable":"yes"}}})", -13, R"("sdi"."vpg"."enable")"},
-        {29, R"({"sdi":{"sdi-port":2}})", -8, R"("sdi"."sdi-port")"},
-        {30, "{\"hdmi\":" + nested(65) + "}", -32, "deeper than 64 levels"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::to_string(c.id) + " " + c.request);
+    for (const DataRow& row : refusals("refused")) {
+        const std::vector<std::string>& f = row.fields;
+        SCOPED_TRACE(row.where + " " + f[1]);
         const std::string before = state();
-        const Json::Value reply = call(c.id, c.request);
-        EXPECT_EQ(reply["error"]["code"].asInt(), c.code) << jsonText(reply);
-        EXPECT_NE(reply["error"]["message"].asString().find(c.names), std::string::npos) << jsonText(reply);
+        const Json::Value reply = call(std::stoul(f[1]), f[2]);
+        EXPECT_EQ(reply["error"]["code"].asInt(), std::stoi(f[3])) << jsonText(reply);
+        EXPECT_NE(reply["error"]["message"].asString().find(f[4]), std::string::npos) << jsonText(reply);
         EXPECT_TRUE(state() == before) << "the state changed";
     }
     // The limit is the depth, not the form: 64 levels are kept, and written compact.
@@ -156,27 +144,11 @@ TEST_F(EmulatorStateTest, AFailedWriteIsRefusedWithItsCauseAndNothingChanges) {
     const std::string moved = options.configDir + ".moved";
     ASSERT_EQ(std::rename(options.configDir.c_str(), moved.c_str()), 0);
     std::ofstream(options.configDir) << "not a folder";
-    const std::vector<std::pair<unsigned, std::string>> cases = {
-        {1, R"({"id":2,"sdp":")" + userSdpEscaped() + R"("})"},
-        {2, kSender},
-        {3, R"({"user-sdp":")" + userSdpEscaped() + R"("})"},
-        {4, R"({"id":2})"},
-        {8, R"({"session-id":1,"name":"renamed","audio-sources":[{}]})"},
-        {12, R"({"sessions":[]})"},
-        {14, R"({"audio-sources":[{"transport":"239.1.1.1"}]})"},
-        {23, R"({"id":1,"pause":true})"},
-        {49, R"({"id":1,"channel-list":[{"channel":0}]})"},
-        {9, R"({"pos":2,"name":"two"})"},
-        {11, R"({"default":true})"},
-        {25, R"({"pos":1})"},
-        {26, R"({"pos":1})"},
-        {28, R"({"global":{"device-name":"renamed"}})"},
-        {52, R"({"session-id":1,"channel-list":[{"position":0,"channel-gain":0.25,"mute":true}]})"},
-    };
+    const std::vector<DataRow> cases = refusals("write");
     LogCapture log;
-    for (const auto& [id, request] : cases) {
-        SCOPED_TRACE(std::to_string(id) + " " + request);
-        const Json::Value reply = call(id, request);
+    for (const DataRow& row : cases) {
+        SCOPED_TRACE(row.where + " " + row.fields[1]);
+        const Json::Value reply = call(std::stoul(row.fields[1]), row.fields[2]);
         EXPECT_EQ(reply["error"]["code"].asInt(), -30) << jsonText(reply);
         EXPECT_NE(reply["error"]["message"].asString().find("Not a directory"), std::string::npos)
             << jsonText(reply);

@@ -1,18 +1,34 @@
 #pragma once
 
-// Shared pieces of the SDP tests: sample texts and a board switch that restores the
-// previous board on scope exit.
+// Shared pieces of the SDP tests: a board switch that restores the previous board on scope
+// exit, and the JSON view of a session.
 
+#include <json/json.h>
+
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "pimAvMngApi/device/BoardModel.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
+#include "pimAvMngApi/sdp/SdpSession.h"
+#include "support/TestData.h"
 
 class BoardScope {
 public:
     BoardScope(BoardModelType model, BitstreamType::module_t module)
         : m_saved(SystemDefaultCfg::getInstance()->getBoardModel()) {
         SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, module));
+    }
+    // "MODEL MODULE" as the case files write it.
+    explicit BoardScope(const std::string& words)
+        : m_saved(SystemDefaultCfg::getInstance()->getBoardModel()) {
+        std::istringstream in(words);
+        std::string model, module;
+        in >> model >> module;
+        BoardModelType type = MAPLE;
+        boardModelTypeFromString(model, type);
+        SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(type, BitstreamType::fromString(module)));
     }
     ~BoardScope() { SystemDefaultCfg::getInstance()->setBoardModel(m_saved); }
     BoardScope(const BoardScope&) = delete;
@@ -22,37 +38,22 @@ private:
     BoardModel m_saved;
 };
 
-// A complete AES67 audio description as a device publishes it.
-inline std::string aes67Text() {
-    return "v=0\n"
-           "o=- 123 456 IN IP4 192.168.1.10\n"
-           "s=Stage box 1\n"
-           "t=0 0\n"
-           "m=audio 5004 RTP/AVP 96\n"
-           "c=IN IP4 239.69.1.1/32\n"
-           "a=rtpmap:96 L24/48000/8\n"
-           "a=ptime:1\n"
-           "a=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:0\n"
-           "a=mediaclk:direct=0\n";
-}
-
-// An ST 2110-20 1080i50 video section (raw), without its "m=" line's session.
-inline std::string videoSection(const std::string& codec = "raw/90000", const std::string& mid = "") {
-    std::string text =
-        "m=video 5000 RTP/AVP 96\n"
-        "c=IN IP4 239.100.1.1/64\n"
-        "a=source-filter: incl IN IP4 239.100.1.1 192.168.1.20\n"
-        "a=ts-refclk:ptp=IEEE1588-2008:08-00-11-FF-FE-22-39-E4:127\n"
-        "a=mediaclk:direct=0\n"
-        "a=rtpmap:96 " + codec + "\n"
-        "a=fmtp:96 sampling=YCbCr-4:2:2; width=1920; height=1080; exactframerate=25; depth=10; TCS=SDR; "
-        "colorimetry=BT709; PM=2110GPM; SSN=ST2110-20:2017; TP=2110TPN; interlace; \n";
-    if (!mid.empty()) {
-        text += "a=mid:" + mid + "\n";
+// A session's JSON form with, in each media, the members that form leaves out: the packing
+// mode and sender type, and with `parsed` also the group type and the channel order.
+inline Json::Value sessionView(const SdpSession& session, bool parsed) {
+    Json::Value view;
+    session.Serialize(view);
+    for (Json::ArrayIndex i = 0; i < session.m_media.size(); ++i) {
+        const SdpMedia& media = session.m_media[i];
+        view["media"][i]["packing-mode"] = media.m_packing_mode;
+        view["media"][i]["sender-type"] = media.m_sender_type;
+        if (parsed) {
+            view["media"][i]["group-type"] = static_cast<int>(media.m_group_type);
+            Json::Value& order = view["media"][i]["channel-order"] = Json::Value(Json::arrayValue);
+            for (const std::string& item : media.m_channel_order) {
+                order.append(item);
+            }
+        }
     }
-    return text;
-}
-
-inline std::string sessionHeader(const std::string& extra = "") {
-    return "v=0\no=- 1 1 IN IP4 192.168.1.20\ns=video\nt=0 0\n" + extra;
+    return view;
 }

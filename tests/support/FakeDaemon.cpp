@@ -80,11 +80,6 @@ size_t FakeDaemon::requestCount() const {
     return m_requests.size();
 }
 
-bool FakeDaemon::waitForRequests(size_t count, std::chrono::milliseconds limit) const {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    return m_arrived.wait_for(lock, limit, [&] { return m_requests.size() >= count; });
-}
-
 void FakeDaemon::clearRequests() {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_requests.clear();
@@ -118,14 +113,12 @@ bool FakeDaemon::answerFrames(const std::vector<std::string>& frames, std::vecto
     if (request.frameCount >= 2) {
         request.documentText = frames[1];
         request.hasDocument = !request.documentText.empty();
-        request.documentIsJson =
-            parseDocument(request.documentText.data(), request.documentText.size(), request.document);
+        parseDocument(request.documentText.data(), request.documentText.size(), request.document);
     }
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_requests.push_back(request);
     }
-    m_arrived.notify_all();
 
     Action action = answerFor(request);
     if (action.kind == Action::Kind::Silent) {

@@ -3,8 +3,6 @@
 #include <json/json.h>
 
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -40,7 +38,6 @@ public:
         bool hasDocument = false;  // frame 2 present and not empty
         std::string documentText;  // frame 2 as received
         Json::Value document;      // frame 2 parsed; null when empty or not JSON
-        bool documentIsJson = false;
     };
 
     struct Action {
@@ -75,8 +72,6 @@ public:
 
     std::vector<Request> requests() const;
     size_t requestCount() const;
-    // Waits until at least `count` requests have arrived; false when `limit` passes first.
-    bool waitForRequests(size_t count, std::chrono::milliseconds limit) const;
     void clearRequests();
 
 private:
@@ -89,7 +84,6 @@ private:
     uint16_t m_port = 0;
 
     mutable std::mutex m_mutex;
-    mutable std::condition_variable m_arrived;
     std::vector<Request> m_requests;
     std::deque<Action> m_script;
     Handler m_handler;

@@ -20,83 +20,22 @@ Json::Value parseJson(const std::string& text) {
     return doc;
 }
 
-const char* const kAudio =
-    R"({"type": "AUDIO", "udp": 5004, "ptime": 1.0, "transport-ip": "239.1.1.1", "group": "%G",
-        "rtpmap": [{"payload-type": 96, "codec": "L24", "channel-freq": 48000, "number-channels": 2}]})";
-const char* const kVideo =
-    R"({"type": "VIDEO", "udp": 5000, "transport-ip": "239.1.1.2", %X
-        "video": {"name": "1080p50", "depth": 10, "sampling": "YCbCr-4:2:2", "colorimetry": "BT709"},
-        "rtpmap": [{"payload-type": 96, "codec": "raw", "channel-freq": 90000}]})";
-
-std::string media(const char* pattern, const std::string& fill) {
-    std::string text = pattern;
-    const size_t at = text.find('%');
-    return text.replace(at, 2, fill);
-}
-
-std::string session(const std::vector<std::string>& media) {
-    std::string text = R"({"user-name": "-", "media": [)";
-    for (size_t i = 0; i < media.size(); ++i) {
-        text += (i == 0 ? "" : ",") + media[i];
-    }
-    return text + "]}";
-}
-
 }  // namespace
 
 TEST(SdpGen, CompletesTheSessionOrRefusesIt) {
-    const struct {
-        const char* name;
-        std::string doc;
-        bool nameGroups;
-        int status;
-        std::vector<std::string> wanted;  // in the text, or in the error when refused
-        size_t notices;
-    } kCases[] = {
-        {"no media", "{}", false, 2, {"the session document has no media"}, 0},
-        {"no user name", R"({"media": [)" + media(kAudio, "") + "]}", false, 0, {"o=- 0 0 IN IP4"}, 1},
-        {"unnamed legs", session({media(kAudio, ""), media(kAudio, "")}), false, 2, {"--name-groups"}, 0},
-        {"generated names",
-         session({media(kAudio, ""), media(kAudio, "")}),
-         true,
-         0,
-         {"a=group:DUP S1 S2\n", "a=mid:S1\n", "a=mid:S2\n"},
-         0},
-        {"a generated name skips a given one",
-         session({media(kAudio, ""), media(kAudio, "S1")}),
-         true,
-         0,
-         {"a=group:DUP S2 S1\n"},
-         0},
-        {"one name twice",
-         session({media(kAudio, "a"), media(kAudio, "a")}),
-         true,
-         2,
-         {"'a' is used twice"},
-         0},
-        {"a name that is no token",
-         session({media(kAudio, "a b"), media(kAudio, "c")}),
-         true,
-         2,
-         {"'a b' is not a token"},
-         0},
-        {"video defaults", session({media(kVideo, "")}), false, 0, {"PM=2110GPM; TP=2110TPN; SSN="}, 2},
-        {"video keys",
-         session({media(kVideo, R"("packing-mode": "2110BPM", "sender-type": "2110TPW",)")}),
-         false,
-         0,
-         {"PM=2110BPM; TP=2110TPW; SSN=ST2110-20:2017\n"},
-         0},
-    };
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.name);
+    const std::vector<DataCase> cases = dataCases("sdp-gen/cases.txt");
+    ASSERT_FALSE(cases.empty());
+    for (const DataCase& c : cases) {
+        SCOPED_TRACE(c.where + " " + c.title);
         GenOptions options;
-        options.nameGroups = c.nameGroups;
-        const GenResult result = generateForReceivers(parseJson(c.doc), options);
-        EXPECT_EQ(result.status, c.status) << result.error;
-        EXPECT_EQ(result.notices.size(), c.notices);
-        for (const std::string& wanted : c.wanted) {
-            EXPECT_NE((c.status == 0 ? result.sdp : result.error).find(wanted), std::string::npos) << wanted;
+        options.nameGroups = c.get("option") == "name-groups";
+        const GenResult result = generateForReceivers(parseJson(c.get("session")), options);
+        EXPECT_EQ(result.status, std::stoi(c.get("status"))) << result.error;
+        EXPECT_EQ(result.notices.size(), std::stoul(c.get("notices")));
+        for (std::string wanted : c.all("holds")) {
+            wanted = unescaped(wanted);
+            EXPECT_NE((result.status == 0 ? result.sdp : result.error).find(wanted), std::string::npos)
+                << wanted;
         }
     }
 }

@@ -1,0 +1,248 @@
+// Advertised sessions: the entry, its database and the table, driven by the scripts of
+// tests/data/records/adv; the URL rules from tests/data/adv/source-urls.tsv.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <stdexcept>
+
+#include "pimAvMngApi/adv/AdvSessions.h"
+#include "pimAvMngApi/adv/AdvSessionsDb.h"
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
+#include "support/Aes67Sdp.h"
+#include "support/LogCapture.h"
+#include "support/RecordScript.h"
+#include "support/TestData.h"
+
+using namespace pimav::detail;
+
+// Reaches table states that advertisements cannot produce (a session without media).
+class AdvSessionsTestAccess {
+public:
+    static void dropMedia(AdvSessions& table, session_id_t id) {
+        table.m_db.m_entries.at(id).m_session.m_media.clear();
+    }
+};
+
+namespace {
+
+const char* const kUrl = "rtsp://192.168.1.20:554/x";
+
+// The table as the scripts see it: written as the reply of getAdvertisedSessionsJson.
+struct AdvTable : IJsonSerializable {
+    void Serialize(Json::Value& out) const override { table.getAdvertisedSessionsJson(out); }
+    void Deserialize(Json::Value&) override { ADD_FAILURE() << "the table is not read from JSON"; }
+    AdvSessions table;
+};
+
+// The words of an action: "key=value ... -> key=value ...", as inputs and expectations.
+struct ActionWords {
+    std::map<std::string, std::string> in, out;
+    std::string get(const std::string& key, const std::string& fallback) const {
+        const auto it = in.find(key);
+        return it == in.end() ? fallback : it->second;
+    }
+    session_id_t id() const { return std::stoull(get("id", "100")); }
+};
+
+ActionWords wordsOf(std::istream& args) {
+    ActionWords words;
+    bool expected = false;
+    for (std::string word; args >> word;) {
+        const size_t eq = word.find('=');
+        if (word == "->") {
+            expected = true;
+        } else {
+            (expected ? words.out : words.in)[word.substr(0, eq)] =
+                eq == std::string::npos ? "" : word.substr(eq + 1);
+        }
+    }
+    return words;
+}
+
+// Adds `text`; checks the result (0 unless given), the id, the `updated` flag and throws.
+void add(AdvSessions& table, const ActionWords& w, const std::string& text) {
+    session_id_t id = 77;
+    bool updated = w.get("flag", "0") == "1";
+    const std::string url = w.get("url", kUrl);
+    if (w.out.count("throws") != 0) {
+        EXPECT_THROW(table.addAdvertisedSession(url, text, id, updated), std::invalid_argument);
+        return;
+    }
+    const int result = table.addAdvertisedSession(url, text, id, updated);
+    EXPECT_EQ(result, w.out.count("result") ? std::stoi(w.out.at("result")) : 0);
+    EXPECT_EQ(id, result == 0 ? w.id() : 77u);
+    if (w.out.count("flag") != 0) {
+        EXPECT_EQ(updated, w.out.at("flag") == "1");
+    }
+}
+
+RecordKind tableKind() {
+    using Run = std::function<void(AdvSessions&, const ActionWords&)>;
+    const auto action = [](Run run) {
+        return recordAction<AdvTable>(
+            [run](AdvTable& t, std::istream& args) { run(t.table, wordsOf(args)); });
+    };
+    const auto removed = [](const ActionWords& w) { return std::stoull(w.out.at("result")); };
+    const auto mark = [](bool used) {
+        return [used](AdvSessions& t, const ActionWords& w) {
+            bool flag = w.get("flag", "0") == "1";
+            EXPECT_EQ(t.setSessionAsUsed(w.id(), used, flag), 0);
+            if (w.out.count("flag") != 0) {
+                EXPECT_EQ(flag, w.out.at("flag") == "1");
+            }
+        };
+    };
+    return recordKind<AdvTable>({
+        {"add", action([](AdvSessions& t, const ActionWords& w) {
+             Aes67Sdp sdp{w.id(), w.get("name", "Row"), w.get("source", "192.168.1.20")};
+             sdp.version = std::stoull(w.get("version", "1"));
+             add(t, w, sdp.text());
+         })},
+        {"add-file", action([](AdvSessions& t, const ActionWords& w) {
+             add(t, w, readText(kTestData + w.get("file", "")));
+         })},
+        {"use", action(mark(true))},
+        {"unuse", action(mark(false))},
+        {"remove", action([removed](AdvSessions& t, const ActionWords& w) {
+             EXPECT_EQ(t.removeAdvertisedSession(w.id()), removed(w));
+         })},
+        {"remove-host", action([removed](AdvSessions& t, const ActionWords& w) {
+             IpAddress ip;
+             EXPECT_TRUE(ip.fromString(w.get("ip", "")));
+             EXPECT_EQ(t.removeAdvertisedSession(ip, w.get("name", ""), std::stoi(w.get("port", "0"))),
+                       removed(w));
+         })},
+        {"remove-name", action([removed](AdvSessions& t, const ActionWords& w) {
+             EXPECT_EQ(t.removeAdvertisedSessionByName(w.get("name", "")), removed(w));
+         })},
+        {"pending", action([](AdvSessions& t, const ActionWords& w) {
+             EXPECT_EQ(t.getPendingCount(), std::stoul(w.out.at("count")));
+         })},
+        {"drop-media",
+         action([](AdvSessions& t, const ActionWords& w) { AdvSessionsTestAccess::dropMedia(t, w.id()); })},
+        {"dump", action([](AdvSessions& t, const ActionWords&) { t.dumpTable(); })},
+    });
+}
+
+TEST(Adv, RecordScripts) {
+    const RecordKinds kinds = {
+        {"AdvertisementState", recordKind<AdvertisementState, int32_t>()},
+        {"AdvSessionEntry", recordKind<AdvSessionEntry>()},
+        {"AdvSessionsDb", recordKind<AdvSessionsDb>()},
+        {"AdvSessions", tableKind()},
+    };
+    runRecordScripts("records/adv", kinds);
+}
+
+TEST(AdvSessionEntry, SourceUrlDerivesHostAndPort) {
+    IpAddress local1, local2;
+    local1.fromString("10.0.0.1");
+    local2.fromString("10.9.9.9");
+    SystemDefaultCfg::getInstance()->setLocalIpAddrs({local1, local2});
+    for (const DataRow& row : dataRows("adv/source-urls.tsv")) {
+        SCOPED_TRACE(row.where);
+        const std::vector<std::string>& f = row.fields;
+        const std::string badHost = f.size() > 4 ? f[4] : "";
+        AdvSessionEntry entry;
+        entry.m_host_ip.fromString("10.9.9.9");
+        entry.m_host_port = 77;
+        LogCapture capture;
+        if (f[2] == "throws") {
+            entry.setSourceUrl("rtsp://10.1.1.1:5/old");
+            try {
+                entry.setSourceUrl(f[0]);
+                ADD_FAILURE() << "no exception";
+            } catch (const std::logic_error& e) {  // invalid_argument, or out_of_range for the long number
+                EXPECT_STREQ(e.what(), "stoi");
+            }
+            EXPECT_EQ(entry.getSourceUrl(), "rtsp://10.1.1.1:5/old");
+            EXPECT_EQ(entry.getHostPort(), 5);
+        } else {
+            EXPECT_EQ(entry.setSourceUrl(f[0]), 0);
+            EXPECT_EQ(entry.getSourceUrl(), f[0]);
+            EXPECT_EQ(entry.getHostPort(), std::stoi(f[2]));
+        }
+        EXPECT_EQ(entry.getHostIp().toString(), f[1]);
+        EXPECT_EQ(entry.isHostLocal(), f[3] == "1");
+        EXPECT_EQ(capture.at(2), badHost == "-" ? std::vector<std::string>{}
+                                                : std::vector<std::string>{"Error parsing IP [" + badHost +
+                                                                           "]: invalid IP address"});
+    }
+    SystemDefaultCfg::getInstance()->resetLocalIpAddrs();
+}
+
+TEST(AdvSessions, GettersAndTheirCodes) {
+    AdvSessions table;
+    session_id_t id = 0;
+    bool updated = false;
+    ASSERT_EQ(table.addAdvertisedSession(kUrl, Aes67Sdp{0, "Zero"}.text(), id, updated), 0);
+    ASSERT_EQ(table.addAdvertisedSession(kUrl, Aes67Sdp{4, "Four"}.text(), id, updated), 0);
+    AdvertisementState state(7);
+    LogCapture capture;
+    EXPECT_EQ(table.getSessionStatus(0, state), -14);
+    EXPECT_EQ(table.getSessionStatus(5, state), -16);
+    EXPECT_EQ(state.getState(), 7);
+    EXPECT_EQ(table.getSessionStatus(4, state), 0);
+    EXPECT_EQ(state.getState(), AdvertisementState::OK);
+    EXPECT_TRUE(capture.lines().empty());
+
+    std::string sdp = "keep", url = "keep";
+    EXPECT_EQ(table.getAdvertisedSdp(5, sdp, url), -3);
+    EXPECT_EQ(sdp, "keep");
+    AdvSessionEntry entry;
+    EXPECT_EQ(table.getAdvertisementSessionEntry(6, entry), -3);
+    SdpSession session;
+    EXPECT_EQ(table.getSdpSession(7, session), -3);
+    EXPECT_EQ(capture.at(5), (std::vector<std::string>{"Advertised:: Unable to find session 5",
+                                                       "Advertised:: Unable to find entry 6"}));
+    EXPECT_EQ(table.getAdvertisedSdp(4, sdp, url), 0);
+    EXPECT_EQ(sdp, (Aes67Sdp{4, "Four"}.text()));
+    EXPECT_EQ(url, kUrl);
+    EXPECT_EQ(table.getAdvertisementSessionEntry(4, entry), 0);
+    EXPECT_EQ(entry.getHostPort(), 554);
+    EXPECT_EQ(table.getSdpSession(4, session), 0);
+    EXPECT_EQ(session.m_info, "Four");
+    EXPECT_EQ(session.m_media.size(), 1u);
+}
+
+TEST(AdvSessions, RejectedAdvertisementsChangeNothing) {
+    AdvSessions table;
+    session_id_t id = 77;
+    bool updated = true;
+    ASSERT_EQ(table.addAdvertisedSession(kUrl, Aes67Sdp{1, "Old"}.text(), id, updated), 0);
+    std::string noClock = Aes67Sdp{2, "Bad"}.text();
+    noClock.erase(noClock.find("a=ts-refclk"));
+    id = 77;
+    updated = true;
+    {
+        LogCapture capture;
+        EXPECT_LT(table.addAdvertisedSession(kUrl, noClock, id, updated), 0);
+        EXPECT_EQ(capture.count("AdvSessions::addAdvertisedSession("), 1u);  // besides the parser's own
+    }
+    EXPECT_EQ(id, 77u);
+    EXPECT_TRUE(updated);
+
+    // A port without a number throws: a new entry is not stored; an existing (here
+    // stale) one has its session replaced but keeps its URL and state.
+    const char* badUrl = "rtsp://10.0.0.1:x/y";
+    EXPECT_THROW(table.addAdvertisedSession(badUrl, Aes67Sdp{2, "New"}.text(), id, updated),
+                 std::invalid_argument);
+    EXPECT_EQ(table.size(), 1u);
+    bool removed = false;
+    table.setSessionAsUsed(1, true, removed);
+    table.removeAdvertisedSession(1);
+    EXPECT_THROW(table.addAdvertisedSession(badUrl, Aes67Sdp{1, "Renamed"}.text(), id, updated),
+                 std::invalid_argument);
+    AdvSessionEntry entry;
+    ASSERT_EQ(table.getAdvertisementSessionEntry(1, entry), 0);
+    EXPECT_EQ(entry.getSourceUrl(), kUrl);
+    EXPECT_EQ(entry.getStatus().getState(), AdvertisementState::STALE);
+    EXPECT_EQ(entry.m_session.m_info, "Renamed");
+    EXPECT_EQ(table.removeAdvertisedSessionByName("Old"), 0u);  // removals see the new name
+    table.setSessionAsUsed(1, false, removed);
+    EXPECT_TRUE(removed);
+    EXPECT_EQ(table.size(), 0u);
+}
+
+}  // namespace

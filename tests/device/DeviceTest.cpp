@@ -1,0 +1,221 @@
+// The device records: JSON forms and logs from tests/data/records/device, the board tables
+// from tests/data/device; below them what no document shows.
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "pimAvMngApi/device/BoardModel.h"
+#include "pimAvMngApi/device/CfgFileTable.h"
+#include "pimAvMngApi/device/ClockConfig.h"
+#include "pimAvMngApi/device/ClockCounters.h"
+#include "pimAvMngApi/device/ClockStatus.h"
+#include "pimAvMngApi/device/Codec.h"
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
+#include "support/LogCapture.h"
+#include "support/RecordScript.h"
+#include "support/TestData.h"
+
+using namespace pimav::detail;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class DeviceTest : public ::testing::Test {
+protected:
+    void TearDown() override { SystemDefaultCfg::getInstance()->resetToDefaults(); }
+};
+
+// A board of a data row: a model name or number, and a module word.
+BoardModel boardOf(const DataRow& row) {
+    BoardModelType model = KAPOK;
+    if (!boardModelTypeFromString(row.fields.at(0), model)) {
+        model = static_cast<BoardModelType>(std::stoi(row.fields.at(0)));
+    }
+    return BoardModel(model, BitstreamType::fromString(row.fields.at(1)));
+}
+
+std::string codes(const BoardModel& board) {
+    std::string out;
+    for (const auto& f : board.getSupportedVideoFormats()) {
+        out += (out.empty() ? "" : " ") + std::to_string(f.getVideoFormat());
+    }
+    return out;
+}
+
+TEST_F(DeviceTest, RecordScripts) {
+    const RecordKinds kinds = {
+        {"BoardModel",
+         settingKind<BoardModel, BoardModelType>([](BoardModel& b, BoardModelType m) { b.m_model = m; })},
+        {"BitstreamType", recordKind<BitstreamType, BitstreamType::module_t>()},
+        {"Codec", recordKind<Codec, uint32_t>()},
+        {"CfgFileTable", recordKind<CfgFileTable>()},
+        {"ClockConfig", recordKind<ClockConfig>()},
+        {"ClockCounters", recordKind<ClockCounters>()},
+        {"ClockStatus",
+         recordKind<ClockStatus>({
+             {"interface", recordAction<ClockStatus>([](ClockStatus& s, std::istream& args) {
+                  int code = 0;
+                  args >> code;
+                  EXPECT_EQ(
+                      s.setClockInterfaceStatus(static_cast<ClockStatus::ClockInterfaceStatus_en>(code)), 0);
+              })},
+             {"reference", recordAction<ClockStatus>([](ClockStatus& s, std::istream& args) {
+                  int code = 0;
+                  args >> code;
+                  EXPECT_EQ(s.setCurrentClockReference(static_cast<ClockStatus::ClockCurrentRef_en>(code)),
+                            0);
+              })},
+         })},
+    };
+    runRecordScripts("records/device", kinds);
+}
+
+TEST(BoardModel, FormatListPerModelAndModule) {
+    for (const DataRow& row : dataRows("device/board-formats.tsv")) {
+        SCOPED_TRACE(row.where);
+        const std::string expected = row.fields.size() > 2 ? row.fields[2] : "";
+        const BoardModel made = boardOf(row);
+        EXPECT_EQ(codes(made), expected);
+        BoardModel board;
+        board.m_bitstream.setModule(made.getModule());
+        LogCapture capture;
+        board.setModel(made.getModel());
+        EXPECT_EQ(codes(board), expected);
+        EXPECT_EQ(capture.at(5), Lines{"BoardModel::setModel - " + boardModelTypeToString(made.getModel())});
+        EXPECT_EQ(capture.lines().size(), 1u);
+        EXPECT_EQ(board.initializeSupportedVideoFormatList(), 0);  // replaces the list
+        EXPECT_EQ(codes(board), expected);
+    }
+    // The list follows the module.
+    BoardModel board(JUNIPER, BitstreamType::MODULE_HDMI_ST2110);
+    EXPECT_TRUE(board.isVideoFormatSupported(VideoFormat::VIDEO_FORMAT_2160P59_94));
+    board.setModule(BitstreamType::MODULE_SDI_ST2110);
+    EXPECT_EQ(codes(board), codes(BoardModel(JUNIPER, BitstreamType::MODULE_NA)));
+    EXPECT_FALSE(board.isVideoFormatSupported(VideoFormat::VIDEO_FORMAT_2160P59_94));
+}
+
+TEST(BoardModel, ModelNamesBothWays) {
+    for (const DataRow& row : dataRows("device/board-models.tsv")) {
+        SCOPED_TRACE(row.where);
+        const std::string name = row.fields.size() > 1 ? row.fields[1] : "";
+        const bool named = row.fields[0] != "-" && name != "Undefined";
+        if (row.fields[0] != "-") {
+            EXPECT_EQ(boardModelTypeToString(static_cast<BoardModelType>(std::stoi(row.fields[0]))), name);
+        }
+        BoardModelType read = KAPOK;
+        EXPECT_EQ(boardModelTypeFromString(name, read), named);
+        EXPECT_EQ(read, named ? static_cast<BoardModelType>(std::stoi(row.fields[0])) : KAPOK);
+    }
+}
+
+TEST(Codec, SetCodecReportsUnknownNames) {
+    Codec c(Codec::CODEC_L16);
+    EXPECT_EQ(c.setCodec("l24"), 0);
+    EXPECT_EQ(c.getCodec(), Codec::CODEC_L24);
+    EXPECT_EQ(c.setCodec("L24 "), -11);
+    EXPECT_EQ(c.getCodec(), Codec::CODEC_NOT_SUPPORTED);
+    EXPECT_EQ(c.toString(), "Not-supported");
+}
+
+TEST_F(DeviceTest, ConfigFilePathsPerBoard) {
+    SystemDefaultCfg::getInstance()->setCfgFilePath("/data/cfg");
+    for (const DataRow& row : dataRows("device/config-file-prefixes.tsv")) {
+        SCOPED_TRACE(row.where);
+        SystemDefaultCfg::getInstance()->setBoardModel(boardOf(row));
+        const CfgFileTable table;
+        ASSERT_EQ(table.m_files.size(), 11u);
+        for (unsigned i = 0; i < 10; ++i) {
+            EXPECT_EQ(table.m_files[i].m_path, "/data/cfg/" + row.fields[2] + std::to_string(i) + ".json");
+        }
+        EXPECT_EQ(table.m_files[10].m_path, "/etc/aes67/configSys0.json");
+        EXPECT_EQ(table.m_files[10].m_name, "System Startup");
+        EXPECT_EQ(table.m_files[10].m_size, 0u);
+    }
+    SystemDefaultCfg::getInstance()->resetToDefaults();
+    EXPECT_EQ(CfgFileTable().m_files[3].m_path, "/etc/aes67/config3.json");
+}
+
+TEST(CfgFileTable, PositionsAndStartupSelection) {
+    CfgFileTable table;
+    LogCapture capture;
+    EXPECT_EQ(table.getFirstEmptyPosition(), 0);
+    table.setFileInfo(0, "a", 1);
+    table.setFileInfo(2, "", 2048);  // a size without a name still occupies the position
+    table.setFileInfo(1, "studio", 2048);
+    table.setFileInfo(3, "named but empty", 0);
+    EXPECT_EQ(table.getFirstEmptyPosition(), 3);
+    EXPECT_EQ(capture.at(6), (Lines{"getFirstEmptyPosition: Empty Position Found at 0",
+                                    "getFirstEmptyPosition: Empty Position Found at 3"}));
+    const struct {
+        unsigned pos;
+        int result;
+        unsigned startup;
+    } rows[] = {{10, -23, 10}, {11, -8, 10}, {0xffffffffu, -8, 10}, {2, -23, 10},
+                {3, -23, 10},  {1, 0, 1},    {4, -23, 1},           {11, -8, 1}};
+    for (const auto& row : rows) {
+        capture.clear();
+        EXPECT_EQ(table.setStartupPosition(row.pos), row.result) << row.pos;
+        EXPECT_EQ(table.getStartupPosition(), row.startup);
+        EXPECT_EQ(capture.texts(), row.result == -23
+                                       ? Lines{"It is not possible to select an empty config file "
+                                               "as startup config."}
+                                       : Lines{})
+            << row.pos;
+    }
+    EXPECT_FALSE(table.isStartupTheDefault());
+    EXPECT_EQ(table.setStartupPositiontoDefault(), 0);
+    EXPECT_TRUE(table.isStartupTheDefault());
+    table.setStartupPosition(1);
+    EXPECT_EQ(table.clearFileInfo(1), 0);
+    EXPECT_TRUE(table.isStartupTheDefault());
+    table.setFileInfo(10, "System Startup", 10);  // once the system file has a size
+    EXPECT_EQ(table.setStartupPosition(10), 0);
+    EXPECT_EQ(table.setFileInfo(11, "x", 1), -16);
+    EXPECT_EQ(table.clearFileInfo(11), -16);
+    EXPECT_EQ(table.getFileInfo(11), nullptr);
+    EXPECT_EQ(table.getFileInfo(10)->m_size, 10u);
+    EXPECT_EQ(table.clearFileInfo(10), 0);
+    for (unsigned i = 0; i < 10; ++i) {
+        table.setFileInfo(i, "", 100 + i);
+    }
+    capture.clear();
+    EXPECT_EQ(table.getFirstEmptyPosition(), -16);  // the empty position 10 is never offered
+    EXPECT_TRUE(capture.lines().empty());
+}
+
+TEST_F(DeviceTest, ExternalClockReferenceOnLarchBoardsOnly) {
+    for (BoardModelType model : {LARCH_MADI, LARCH_AES1616, LARCH_ANA88, BIRCH_AES67, MAPLE, JUNIPER,
+                                 JUNIPER_QH, static_cast<BoardModelType>(20)}) {
+        const bool larch = model == LARCH_MADI || model == LARCH_AES1616 || model == LARCH_ANA88;
+        SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(model, BitstreamType::MODULE_NA));
+        ClockConfig cfg;
+        LogCapture capture;
+        EXPECT_EQ(cfg.setClockReference(ClockConfig::CLOCK_REF_AUTO_EXTERNAL), larch ? 0 : -8) << model;
+        EXPECT_EQ(cfg.getClockRefType(),
+                  larch ? ClockConfig::CLOCK_REF_AUTO_EXTERNAL : ClockConfig::CLOCK_REF_AUTO_PTP);
+        EXPECT_EQ(cfg.setClockReference(static_cast<ClockConfig::ClockInterface_en>(3)), -8);
+        EXPECT_EQ(cfg.setClockReference(static_cast<ClockConfig::ClockInterface_en>(6)), -8);
+        EXPECT_EQ(cfg.setClockReference(ClockConfig::CLOCK_REF_AUTO_PTP), 0);
+        EXPECT_EQ(cfg.getClockRefType(), ClockConfig::CLOCK_REF_AUTO_PTP);
+        EXPECT_TRUE(capture.lines().empty());  // refusals are silent
+    }
+}
+
+TEST(ClockStatus, NullArgumentsAreRefused) {
+    ClockStatus status;
+    LogCapture capture;
+    ClockStatus::ClockStatus_en system = ClockStatus::SYSTEM_CLOCK_LOCKED;
+    ClockStatus::ClockInterfaceStatus_en iface = ClockStatus::INTERFACE_CLOCK_LOCKED;
+    EXPECT_EQ(status.getClockStatus(nullptr, &iface), -4);
+    EXPECT_EQ(status.getClockStatus(&system, nullptr), -4);
+    EXPECT_EQ(system, ClockStatus::SYSTEM_CLOCK_LOCKED);
+    EXPECT_EQ(iface, ClockStatus::INTERFACE_CLOCK_LOCKED);
+    EXPECT_EQ(capture.at(2), (Lines(2, "getClockStatus:: Parameter is null.")));
+    EXPECT_EQ(status.getClockStatus(&system, &iface), 0);
+    EXPECT_EQ(system, ClockStatus::SYSTEM_CLOCK_FREERUN);
+    EXPECT_EQ(iface, ClockStatus::INTERFACE_CLOCK_FAIL);
+}
+
+}  // namespace

@@ -1,0 +1,325 @@
+// The platform records and helpers: JSON forms from tests/data/records/platform, the video
+// format table from tests/data/platform/video-formats.tsv, then logging and the defaults.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "pimAvMngApi/platform/Alarm.h"
+#include "pimAvMngApi/platform/ChannelList.h"
+#include "pimAvMngApi/platform/ErrorAuxMsg.h"
+#include "pimAvMngApi/platform/Logger.h"
+#include "pimAvMngApi/platform/PacketTimeOptions.h"
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
+#include "pimAvMngApi/platform/VideoFormat.h"
+#include "platform/IpcWire.h"
+#include "support/JsonText.h"
+#include "support/LogCapture.h"
+#include "support/RecordScript.h"
+#include "support/TestData.h"
+
+using namespace pimav::detail;
+
+namespace {
+
+using VF = VideoFormat;
+using Lines = std::vector<std::string>;
+
+TEST(Platform, RecordScripts) {
+    const RecordKinds kinds = {
+        {"VideoFormat", recordKind<VF, VF::video_format_t>()},
+        {"Alarm", recordKind<Alarm>()},
+        {"ChannelList", recordKind<ChannelList>(
+                            {{"dump", recordAction<ChannelList>([](ChannelList& list, std::istream& args) {
+                                  std::string prefix;
+                                  args >> prefix;
+                                  list.dump(prefix);
+                              })}})},
+    };
+    runRecordScripts("records/platform", kinds);
+}
+
+// Each code gives its name, rates and details; setting the details settles on the code again.
+TEST(VideoFormat, EveryCodeBothWays) {
+    const std::map<std::string, VF::video_field_rate_t> rates = {
+        {"23.98", VF::VIDEO_RATE_23_98}, {"24", VF::VIDEO_RATE_24}, {"25", VF::VIDEO_RATE_25},
+        {"29.97", VF::VIDEO_RATE_29_97}, {"30", VF::VIDEO_RATE_30}, {"50", VF::VIDEO_RATE_50},
+        {"59.94", VF::VIDEO_RATE_59_94}, {"60", VF::VIDEO_RATE_60}};
+    const std::vector<DataRow> table = dataRows("platform/video-formats.tsv");
+    std::vector<int> valid;
+    for (int c = -2; c < 40; ++c) {
+        if (VF::isValidFormat(c)) {
+            valid.push_back(c);
+        }
+    }
+    ASSERT_EQ(valid.size(), table.size());
+    for (size_t i = 0; i < table.size(); ++i) {
+        const std::vector<std::string>& row = table[i].fields;
+        SCOPED_TRACE(table[i].where);
+        const int code = std::stoi(row[0]);
+        const unsigned width = std::stoul(row[2]), height = std::stoul(row[3]);
+        const bool interlaced = row[4] == "1";
+        const int setRate = std::stoi(row[5]);
+        EXPECT_EQ(valid[i], code);
+        const VF f(static_cast<VF::video_format_t>(code));
+        EXPECT_EQ(f.getVideoFormat(), code);
+        EXPECT_EQ(f.toString(), row[1]);
+        EXPECT_EQ(VF::fromString(row[1]), code);
+        std::string exact;
+        EXPECT_EQ(f.getExactFramerateString(exact), 0);
+        EXPECT_EQ(exact, row[6]);
+        VF::video_field_rate_t rate = VF::VIDEO_RATE_UNDEFINED;
+        unsigned w = 0, h = 0;
+        bool il = !interlaced;
+        EXPECT_EQ(f.getVideoDetails(rate, w, h, il), 0);
+        EXPECT_EQ(rate, rates.at(row[7]));
+        EXPECT_EQ(w, width);
+        EXPECT_EQ(h, height);
+        EXPECT_EQ(il, interlaced);
+        EXPECT_EQ(f.getVideoFrameRate(), setRate);
+
+        VF set;
+        EXPECT_EQ(set.setVideoWidth(width), 0);
+        EXPECT_EQ(set.setVideoHeight(height), 0);
+        EXPECT_EQ(set.setVideoInterlace(interlaced), 0);
+        EXPECT_EQ(set.setVideoFrameRate(setRate), 0);
+        EXPECT_EQ(set.checkVideoDetailConsistency(), 0);
+        EXPECT_EQ(set, f);
+
+        // Every state survives its JSON form.
+        Json::Value doc;
+        f.Serialize(doc);
+        VF back(VF::VIDEO_FORMAT_2160P60);
+        back.Deserialize(doc);
+        EXPECT_EQ(back, f);
+    }
+    // Rate first, scan last: the order of the setters does not matter. Details that name no
+    // format survive the JSON form too.
+    VF g;
+    g.setVideoFrameRate(29);
+    g.setVideoHeight(1080);
+    g.setVideoWidth(1920);
+    g.setVideoInterlace(true);
+    EXPECT_EQ(g.checkVideoDetailConsistency(), 0);
+    EXPECT_EQ(g.toString(), "1080i59.94");
+    VF partial;
+    partial.setVideoWidth(1000);
+    partial.setVideoInterlace(true);
+    partial.setVideoFrameRate(59);
+    Json::Value doc;
+    partial.Serialize(doc);
+    VF back;
+    back.Deserialize(doc);
+    EXPECT_EQ(back, partial);
+}
+
+TEST(VideoFormat, InterlacedAcceptsTheFieldRateInPlaceOfTheFrameRate) {
+    for (const auto& [rate, expected] : std::vector<std::pair<int, int>>{{50, 4}, {59, 5}, {60, 11}}) {
+        VF f;
+        f.setVideoWidth(1920);
+        f.setVideoHeight(1080);
+        f.setVideoInterlace(true);
+        ASSERT_EQ(f.setVideoFrameRate(rate), 0);
+        EXPECT_EQ(f.checkVideoDetailConsistency(), 0) << rate;
+        EXPECT_EQ(f, VF(static_cast<VF::video_format_t>(expected)));  // stored as the frame rate afterwards
+    }
+}
+
+TEST(VideoFormat, UnknownDetailsRatesAndCodesAreRefused) {
+    for (int rate : {0, -1, 1, 48, 59'940, 120, 29'970}) {
+        VF f(VF::VIDEO_FORMAT_1080P50);
+        EXPECT_LT(f.setVideoFrameRate(rate), 0) << rate;
+        EXPECT_EQ(f.getVideoFrameRate(), 0);
+        EXPECT_LT(f.checkVideoDetailConsistency(), 0);
+        EXPECT_EQ(f.toString(), "undefined");
+    }
+    const struct {
+        unsigned w, h;
+        bool il;
+        int rate;
+    } bad[] = {{1920, 1080, true, 24},  {1280, 720, true, 25}, {3840, 2160, true, 25},
+               {1920, 1088, false, 25}, {0, 0, false, 50},     {720, 576, true, 25}};
+    for (const auto& b : bad) {
+        VF f;
+        f.setVideoWidth(b.w);
+        f.setVideoHeight(b.h);
+        f.setVideoInterlace(b.il);
+        f.setVideoFrameRate(b.rate);
+        EXPECT_EQ(f.checkVideoDetailConsistency(), -1) << b.w << "x" << b.h;
+        EXPECT_EQ(f.getVideoFormat(), VF::VIDEO_FORMAT_UNDEFINED);
+    }
+    // Each setter settles the code again: a changed detail moves to another format or to none.
+    VF f(VF::VIDEO_FORMAT_1080I59_94);
+    f.setVideoInterlace(false);
+    EXPECT_EQ(f.toString(), "1080p29.97");
+    f.setVideoHeight(1088);
+    EXPECT_EQ(f.getVideoFormat(), VF::VIDEO_FORMAT_UNDEFINED);
+
+    for (int c : {0, 22, 23, 30, -1, 1000}) {
+        VF none(static_cast<VF::video_format_t>(c));
+        EXPECT_EQ(none, VF()) << c;
+        std::string text = "kept";
+        EXPECT_LT(none.getExactFramerateString(text), 0);
+        EXPECT_EQ(text, "kept");
+        VF::video_field_rate_t rate = VF::VIDEO_RATE_50;
+        unsigned w = 7, h = 8;
+        bool il = true;
+        EXPECT_LT(none.getVideoDetails(rate, w, h, il), 0);
+        EXPECT_EQ(w, 7u);
+        EXPECT_EQ(rate, VF::VIDEO_RATE_50);
+    }
+    VF kept(VF::VIDEO_FORMAT_720P50);
+    EXPECT_EQ(kept.setVideoFormat(static_cast<VF::video_format_t>(22)), -8);
+    EXPECT_EQ(kept.getVideoFormat(), VF::VIDEO_FORMAT_720P50);
+    EXPECT_EQ(VF::fromString("1080I50"), VF::VIDEO_FORMAT_UNDEFINED);
+}
+
+TEST(ChannelList, ElementAccess) {
+    ChannelList list;
+    list.addChannelEntry(ChannelId(DaifType(3, "sdi"), 1, 5));
+    list.addChannelEntry(ChannelId(DaifType(), 0, 7));
+    EXPECT_EQ(list.getChannelEntry(2), nullptr);
+    EXPECT_EQ(list.getChannelEntry(-1), nullptr);
+    const ChannelList& constList = list;
+    EXPECT_EQ(constList.getChannelEntry(2), nullptr);
+    EXPECT_EQ(constList.getChannelEntry(-1), nullptr);
+    EXPECT_EQ(list.setChannelEntry(2, ChannelId()), -16);
+    EXPECT_EQ(list.setChannelEntry(1, ChannelId(DaifType(1, "tdm"), 2, 9)), 0);
+    EXPECT_EQ(list.getChannelEntry(1)->m_channel, 9u);
+    EXPECT_EQ(list.removeChannelEntry(0), 0);
+    EXPECT_EQ(list.removeChannelEntry(1), -16);
+    EXPECT_EQ(list.removeChannelEntry(-1), -16);
+    EXPECT_EQ(list.numChannelEntries(), 1);
+    EXPECT_EQ(list[0], ChannelId(DaifType(1, "tdm"), 2, 9));
+    list.clearChannelList();
+    EXPECT_EQ(list.numChannelEntries(), 0);
+}
+
+// Every byte after the second of a multi-byte UTF-8 sequence must be a continuation byte.
+TEST(IpcWire, LaterBytesOfASequenceAreChecked) {
+    Json::Value doc;
+    EXPECT_TRUE(parseDocument("\"\xE2\x82\xAC\"", 5, doc));
+    EXPECT_FALSE(parseDocument("\"\xE2\x82\x41\"", 5, doc));
+    EXPECT_FALSE(parseDocument("\"\xF0\x9F\x98\x41\"", 6, doc));
+}
+
+TEST(PacketTimeOptions, SupportedCountsMapToThemselves) {
+    for (unsigned count : {6u, 12u, 16u, 24u, 32u, 48u, 96u, 192u, 384u}) {
+        PacketTimeOptions::samplesPerPkt_e e = PacketTimeOptions::SAMPLES_PER_PKT_48;
+        EXPECT_EQ(PacketTimeOptions::toSamplesPerPacketEnum(count, e), 0) << count;
+        EXPECT_EQ(static_cast<unsigned>(e), count);
+    }
+    for (unsigned count : {0u, 1u, 7u, 47u, 49u, 100u, 4294967295u}) {
+        PacketTimeOptions::samplesPerPkt_e e = PacketTimeOptions::SAMPLES_PER_PKT_48;
+        EXPECT_EQ(PacketTimeOptions::toSamplesPerPacketEnum(count, e), -8) << count;
+        EXPECT_EQ(e, PacketTimeOptions::SAMPLES_PER_PKT_UNSUPPORTED);
+    }
+}
+
+TEST(Logger, FiltersBeforeFormattingAndKeepsLongLines) {
+    EXPECT_EQ(Logger::getInstance()->getThreshold(), 4);
+    {
+        LogCapture capture(4);
+        Logger::log(2, "error %d", 1);
+        Logger::log(4, "notice %s", "x");
+        Logger::log(5, "state %d", 2);
+        Logger::getInstance()->logMessage(7, "trace %s", "y");
+        ASSERT_EQ(capture.texts(), (Lines{"error 1", "notice x"}));
+        EXPECT_EQ(capture.lines()[0].level, 2);
+        EXPECT_FALSE(Logger::isEnabled(5));
+        EXPECT_TRUE(Logger::isEnabled(4));
+    }
+    LogCapture capture;
+    const std::string big(100000, 'x');
+    Logger::log(7, "AVMANAGER JSON API %s:%d:IN\n%s", "f", 12, big.c_str());
+    ASSERT_EQ(capture.texts(), Lines{"AVMANAGER JSON API f:12:IN\n" + big});
+}
+
+TEST(Logger, SinkMayLogFromInsideItself) {
+    Lines seen;
+    Logger::getInstance()->setThreshold(7);
+    Logger::getInstance()->setSink([&seen](int, const std::string& line) {
+        seen.push_back(line);
+        if (seen.size() == 1) {
+            Logger::log(2, "nested");
+        }
+    });
+    Logger::log(2, "outer");
+    Logger::getInstance()->setSink({});
+    Logger::getInstance()->setThreshold(Logger::kDefaultThreshold);
+    EXPECT_EQ(seen, (Lines{"outer", "nested"}));
+}
+
+TEST(ErrorAuxMsg, CollectsFormattedMessagesInOrder) {
+    ErrorAuxMsg::getInstance()->clear();
+    ErrorAuxMsg::getInstance()->addMessage("Media %d: %s", 0, "no rtpmap");
+    ErrorAuxMsg::getInstance()->addMessage("plain");
+    EXPECT_EQ(ErrorAuxMsg::getInstance()->getMessages(), (Lines{"Media 0: no rtpmap", "plain"}));
+    ErrorAuxMsg::getInstance()->clear();
+    EXPECT_TRUE(ErrorAuxMsg::getInstance()->getMessages().empty());
+}
+
+TEST(ConvertJsonToString, RendersSingleLineSortedCompact) {
+    const std::vector<std::pair<Json::Value, const char*>> cases = {
+        {Json::Value(), "null"},
+        {Json::Value(Json::objectValue), "{}"},
+        {Json::Value(Json::arrayValue), "[]"},
+        {jsonOf(R"({"pause": true, "id": 7})"), R"({"id":7,"pause":true})"},
+        {jsonOf(R"({"b": {"x": "y"}, "a": [1, 2]})"), R"({"a":[1,2],"b":{"x":"y"}})"},
+    };
+    for (const auto& [value, expected] : cases) {
+        Json::Value v = value;
+        std::string text = "previous contents";
+        IJsonSerializable::convertJsonToString(v, text);
+        EXPECT_EQ(text, expected);
+    }
+}
+
+class SystemDefaultCfgTest : public ::testing::Test {
+protected:
+    void TearDown() override { cfg->resetToDefaults(); }
+    static IpAddress ip(const char* text) {
+        IpAddress a;
+        EXPECT_TRUE(a.fromString(text));
+        return a;
+    }
+    SystemDefaultCfg* cfg = SystemDefaultCfg::getInstance();
+};
+
+TEST_F(SystemDefaultCfgTest, DefaultBoardIsAVideoBoardAndPathsEndWithSeparator) {
+    const BoardModel board = cfg->getBoardModel();
+    EXPECT_EQ(board.getModel(), MAPLE);
+    EXPECT_EQ(board.getModule(), BitstreamType::MODULE_NA);
+    EXPECT_EQ(board.getSupportedVideoFormats().size(), 22u);
+    std::string path = "old";
+    EXPECT_EQ(cfg->getCfgFilePath(&path), 0);
+    EXPECT_EQ(path, "/etc/aes67/");
+    EXPECT_EQ(cfg->getCfgFilePath(nullptr), -4);
+    cfg->setCfgFilePath("/tmp/cfg");
+    cfg->getCfgFilePath(&path);
+    EXPECT_EQ(path, "/tmp/cfg/");
+    cfg->setCfgFilePath("/var/x/");
+    cfg->getCfgFilePath(&path);
+    EXPECT_EQ(path, "/var/x/");
+}
+
+// Loopback is always up; its bytes are not symmetric, so byte order counts.
+TEST_F(SystemDefaultCfgTest, LocalAddressesComeFromTheInterfacesOrTheTest) {
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("192.0.2.77")));  // documentation range
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(IpAddress()));
+    cfg->addLocalIpAddr(ip("192.0.2.77"));
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("192.0.2.77")));
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
+    cfg->setLocalIpAddrs({ip("198.51.100.1")});
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("198.51.100.1")));
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("192.0.2.77")));
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
+    cfg->resetLocalIpAddrs();
+    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("198.51.100.1")));
+    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
+}
+
+}  // namespace
