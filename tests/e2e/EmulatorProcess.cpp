@@ -38,6 +38,26 @@ int waitStatus(int status) {
     return -1;
 }
 
+// Sends `signal` to `pid` and reaps it; the exit status. `pid` is -1 afterwards.
+int signalAndReap(pid_t& pid, int signal) {
+    ::kill(pid, signal);
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    pid = -1;
+    return waitStatus(status);
+}
+
+// In a forked child: becomes the program argv[0] with its arguments.
+[[noreturn]] void execArgv(const std::vector<std::string>& argv) {
+    std::vector<char*> args;
+    for (const auto& a : argv) {
+        args.push_back(const_cast<char*>(a.c_str()));
+    }
+    args.push_back(nullptr);
+    ::execv(args[0], args.data());
+    _exit(127);
+}
+
 }  // namespace
 
 std::string binaryPath(const std::string& relative) { return std::string(PIMAV_BINARY_DIR) + "/" + relative; }
@@ -85,13 +105,7 @@ pid_t spawn(const std::vector<std::string>& argv, int& outFd, int& errFd) {
         ::dup2(errPipe[1], 2);
         ::close(outPipe[0]);
         ::close(errPipe[0]);
-        std::vector<char*> args;
-        for (const auto& a : argv) {
-            args.push_back(const_cast<char*>(a.c_str()));
-        }
-        args.push_back(nullptr);
-        ::execv(args[0], args.data());
-        _exit(127);
+        execArgv(argv);
     }
     ::close(outPipe[1]);
     ::close(errPipe[1]);
@@ -170,14 +184,9 @@ bool Background::waitForLines(int stream, size_t lines, int timeoutMs) {
 }
 
 int Background::stop() {
-    if (m_pid <= 0) {
-        return m_status;
+    if (m_pid > 0) {
+        m_status = signalAndReap(m_pid, SIGTERM);
     }
-    ::kill(m_pid, SIGTERM);
-    int status = 0;
-    ::waitpid(m_pid, &status, 0);
-    m_pid = -1;
-    m_status = waitStatus(status);
     return m_status;
 }
 
@@ -236,13 +245,7 @@ void EmulatorProcess::start() {
                 const rlimit value{limit.value, limit.value};
                 ::setrlimit(limit.resource, &value);
             }
-            std::vector<char*> args;
-            for (const auto& a : argv) {
-                args.push_back(const_cast<char*>(a.c_str()));
-            }
-            args.push_back(nullptr);
-            ::execv(args[0], args.data());
-            _exit(127);
+            execArgv(argv);
         }
         for (int i = 0; i < 100; ++i) {
             int status = 0;
@@ -266,25 +269,14 @@ void EmulatorProcess::start() {
 
 int EmulatorProcess::stop() {
     m_socket.reset();
-    if (m_pid <= 0) {
-        return -1;
-    }
-    ::kill(m_pid, SIGTERM);
-    int status = 0;
-    ::waitpid(m_pid, &status, 0);
-    m_pid = -1;
-    return waitStatus(status);
+    return m_pid > 0 ? signalAndReap(m_pid, SIGTERM) : -1;
 }
 
 void EmulatorProcess::kill9() {
     m_socket.reset();
-    if (m_pid <= 0) {
-        return;
+    if (m_pid > 0) {
+        signalAndReap(m_pid, SIGKILL);
     }
-    ::kill(m_pid, SIGKILL);
-    int status = 0;
-    ::waitpid(m_pid, &status, 0);
-    m_pid = -1;
 }
 
 void EmulatorProcess::hangUp() { ::kill(m_pid, SIGHUP); }
