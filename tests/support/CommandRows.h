@@ -5,14 +5,13 @@
 // method, shape (REQUEST, REPLY, GAIN or NONE: no client method), access (WRITE when the
 // command changes the device's state, else READ), description.
 
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "pimAvMngApi/api/AvMngApiJson.h"
+#include "support/TestData.h"
 
 struct CommandRowText {
     unsigned id = 0;
@@ -37,27 +36,16 @@ struct CommandRowText {
 // The rows of tests/data/commands.tsv, in file order; a malformed file throws.
 inline const std::vector<CommandRowText>& commandRows() {
     static const std::vector<CommandRowText> rows = [] {
-        std::ifstream in(PIMAV_SOURCE_DIR "/tests/data/commands.tsv");
-        if (!in) {
-            throw std::runtime_error("cannot read tests/data/commands.tsv");
-        }
         std::vector<CommandRowText> out;
-        std::string line;
-        while (std::getline(in, line)) {
-            if (line.empty() || line[0] == '#') {
-                continue;
+        for (const pimav::detail::DataRow& r : pimav::detail::dataRows("commands.tsv")) {
+            const auto& f = r.fields;
+            if (f.size() != 6 || (f[4] != "READ" && f[4] != "WRITE")) {
+                throw std::runtime_error("malformed row " + r.where);
             }
-            std::istringstream fields(line);
-            CommandRowText row;
-            std::string id;
-            if (!std::getline(fields, id, '\t') || !std::getline(fields, row.enumName, '\t') ||
-                !std::getline(fields, row.method, '\t') || !std::getline(fields, row.shape, '\t') ||
-                !std::getline(fields, row.access, '\t') || !std::getline(fields, row.description) ||
-                (row.access != "READ" && row.access != "WRITE")) {
-                throw std::runtime_error("malformed row in tests/data/commands.tsv: " + line);
-            }
-            row.id = static_cast<unsigned>(std::stoul(id));
-            out.push_back(row);
+            out.push_back({static_cast<unsigned>(std::stoul(f[0])), f[1], f[2], f[3], f[4], f[5]});
+        }
+        if (out.empty()) {
+            throw std::runtime_error("cannot read tests/data/commands.tsv");
         }
         return out;
     }();
