@@ -1,8 +1,7 @@
-// avmngctl as a process: exit status and output for success and failure.
+// avmngctl as a process: the output of its verbs (its refusals and messages are rows of
+// tests/data/tool-messages/cases.txt).
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <zmq.h>
 
 #include <fstream>
 #include <sstream>
@@ -51,84 +50,6 @@ TEST(Avmngctl, CommandsListsAllIdsWithoutADaemon) {
             << line;
     }
     EXPECT_EQ(countLines(r.out), commandRows().size());
-}
-
-// A command without a client method is sent by its id or enum name; its emulator
-// handler's name is no command name.
-TEST(Avmngctl, CommandsWithoutAMethodGoByIdOrEnumName) {
-    const std::string port = std::to_string(freeLoopbackPort());
-    for (const CommandRowText& row : commandRows()) {
-        if (row.hasMethod()) {
-            continue;
-        }
-        for (const std::string& name : {std::to_string(row.id), row.enumName}) {
-            const auto sent = run({ctl(), "--port", port, "--timeout", "1", "send", name});
-            EXPECT_EQ(sent.status, 1) << name << ": " << sent.err;
-            EXPECT_NE(sent.err.find("error -105"), std::string::npos) << sent.err;
-        }
-        const auto unknown = run({ctl(), "--port", port, "--timeout", "1", "send", row.method});
-        EXPECT_EQ(unknown.status, 2) << row.method;
-        EXPECT_NE(unknown.err.find("unknown daemon command"), std::string::npos) << unknown.err;
-    }
-}
-
-TEST(Avmngctl, SendByIdOrNamePrintsTheReply) {
-    EmulatorProcess emulator;
-    const auto pretty = run(ctlArgs(emulator, {"send", "51"}));
-    ASSERT_EQ(pretty.status, 0) << pretty.err;
-    EXPECT_GT(countLines(pretty.out), 1u);
-    EXPECT_TRUE(parse(pretty.out)["senders"].isArray());
-    for (const char* name : {"getResourceAllocatedIds", "AES67_GET_RESOURCE_ALLOCATED_IDS"}) {
-        const auto compact = run(ctlArgs(emulator, {"--compact", "send", name}));
-        ASSERT_EQ(compact.status, 0) << compact.err;
-        EXPECT_EQ(compact.out, "{\"receivers\":[],\"senders\":[]}\n");
-    }
-    const std::string dir = makeTempDir("ctl");
-    const std::string request = writeFile(dir, "req.json", "{\"pos\":4,\"name\":\"from file\"}");
-    ASSERT_EQ(run(ctlArgs(emulator, {"send", "9", "@" + request})).status, 0);
-    const auto files = run(ctlArgs(emulator, {"files"}));
-    EXPECT_NE(files.out.find("from file"), std::string::npos) << files.out;
-}
-
-TEST(Avmngctl, KeygenWritesAKeyPairAndUnusableKeysStopBeforeAnyExchange) {
-    if (zmq_has("curve") == 0) {
-        GTEST_SKIP() << "this libzmq has no CURVE support";
-    }
-    const std::string base = makeTempDir("keygen") + "/host";
-    const auto made = run({ctl(), "keygen", base});
-    ASSERT_EQ(made.status, 0) << made.err;
-    EXPECT_EQ(made.out, "wrote " + base + ".pub and " + base + ".key\n");
-    struct stat st {};
-    ASSERT_EQ(::stat((base + ".key").c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0600u);
-
-    const std::string port = std::to_string(freeLoopbackPort());
-    struct Case {
-        std::vector<std::string> args;
-        int status;
-        std::string text;
-    };
-    const std::vector<Case> cases = {
-        {{"keygen", base}, 2, base + ".key: already exists"},
-        {{"--server-key", base + ".pub", "--key-file", base + ".pub", "send", "51"},
-         1,
-         "error -110 (CURVE keys cannot be used): key file: " + base +
-             ".pub: must hold two lines (public-key=, secret-key=), holds 1"},
-        {{"--server-key", "nonsense", "--key-file", base + ".key", "sessions"},
-         1,
-         "server key: \"nonsense\" is neither an existing .pub file nor a public key in Z85"},
-        {{"--key-file", base + ".key", "sessions"}, 1, "server key missing"},
-        // Usable keys: the request goes out and, with no daemon, times out.
-        {{"--server-key", base + ".pub", "--key-file", base + ".key", "sessions"}, 1, "error -105"},
-    };
-    for (const Case& c : cases) {
-        std::vector<std::string> argv = {ctl(), "--port", port, "--timeout", "300"};
-        argv.insert(argv.end(), c.args.begin(), c.args.end());
-        const auto r = run(argv);
-        EXPECT_EQ(r.status, c.status) << c.text << ": " << r.err;
-        EXPECT_NE(r.err.find(c.text), std::string::npos) << r.err;
-        EXPECT_EQ(countLines(r.err), 1u) << r.err;
-    }
 }
 
 TEST(Avmngctl, TypedVerbsWalkASessionThroughItsLife) {

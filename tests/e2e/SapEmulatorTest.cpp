@@ -78,13 +78,10 @@ TEST(SapEmulator, AnnouncedSessionsAppearChangeAndGo) {
     };
     const Step steps[] = {
         {"announced", audioSdp(4711, 1, "Studio A"), {}, 4711, "Studio A v1 " + v4, 1},
-        {"changed: replaced in place", audioSdp(4711, 2, "Studio A, new mix"), {}, 4711,
-         "Studio A, new mix v2 " + v4, 1},
-        {"compressed", audioSdp(4712, 1, "Zipped"), {"--compress"}, 4712, "Zipped v1 " + v4, 2},
-        {"IPv6 origin", audioSdp(4713, 1, "Far away"), {"--origin", "2001:db8::1"}, 4713, "Far away v1 " + v6, 3},
-        {"deleted", audioSdp(4711, 2, "Studio A, new mix"), {"--delete"}, 4711, "", 2},
+        {"compressed, IPv6 origin", audioSdp(4713, 1, "Far away"), {"--compress", "--origin", "2001:db8::1"}, 4713,
+         "Far away v1 " + v6, 2},
+        {"deleted", audioSdp(4711, 1, "Studio A"), {"--delete"}, 4711, "", 1},
     };
-    std::string previousUrl;
     for (const Step& step : steps) {
         std::vector<std::string> argv = {sdptool(), "announce", writeSdp(dir, step.sdp), "--to", on, "--count", "1"};
         argv.insert(argv.end(), step.flags.begin(), step.flags.end());
@@ -98,15 +95,11 @@ TEST(SapEmulator, AnnouncedSessionsAppearChangeAndGo) {
             kVisibleWithin);
         EXPECT_EQ(advertised(reply, step.id), step.expect) << step.what;
         EXPECT_EQ(reply["list"].size(), step.entries) << step.what << ": " << compact(reply);
-        // A changed SDP comes with a new hash, so its URL changes.
-        const std::string url = reply["list"][0]["url"].asString();
-        EXPECT_TRUE(step.id != 4711 || url != previousUrl) << step.what << ": " << url;
-        previousUrl = url;
     }
 
     const auto table = run({binaryPath("tools/avmngctl"), "--port", std::to_string(emulator.port()), "advertised"});
     ASSERT_EQ(table.status, 0) << table.err;
-    EXPECT_NE(table.out.find("4712                  OK      no     Zipped    sap://" + on + "/"), std::string::npos)
+    EXPECT_NE(table.out.find("4713                  OK      no     Far away  sap:[2001:db8::1]:"), std::string::npos)
         << table.out;
     EXPECT_NE(table.out.find("  2001:db8::1\n"), std::string::npos) << table.out;
 }

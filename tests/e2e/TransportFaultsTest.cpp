@@ -60,7 +60,7 @@ std::string sendOversizedFrames(const EmulatorProcess& emulator) {
     }
     // The daemon drops these connections without a reply; the frames had time to arrive.
     zmq::message_t reply;
-    senders.front().set(zmq::sockopt::rcvtimeo, 2000);
+    senders.front().set(zmq::sockopt::rcvtimeo, 1000);
     return senders.front().recv(reply) ? "a reply to a frame above the limit: " + reply.to_string() : "";
 }
 
@@ -135,17 +135,17 @@ std::string holdIdleConnections(EmulatorProcess& emulator) {
             ::close(fd);
         }
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
     const double before = cpuSeconds(emulator.pid());
-    std::this_thread::sleep_for(std::chrono::seconds(1));
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
     const double used = cpuSeconds(emulator.pid()) - before;
     const bool answered = !emulator.call(51, Json::Value(), 3000).isNull();
     for (int fd : idle) {
         ::close(fd);
     }
-    if (used > 0.15 || !answered) {
+    if (used > 0.075 || !answered) {
         return std::to_string(idle.size()) + " idle connections: " + std::to_string(used) +
-               " CPU-seconds in 1 s, a new client " + (answered ? "answered" : "not answered");
+               " CPU-seconds in 0.5 s, a new client " + (answered ? "answered" : "not answered");
     }
     return "";
 }
