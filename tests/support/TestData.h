@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,6 +25,16 @@ inline std::string readText(const std::string& path) {
     std::ostringstream text;
     text << in.rdbuf();
     return text.str();
+}
+
+// The text of tests/data/<path>; throws when it is missing or empty, so that a runner
+// never passes on a data file it could not read.
+inline std::string dataText(const std::string& path) {
+    std::string text = readText(kTestData + path);
+    if (text.empty()) {
+        throw std::runtime_error("cannot read tests/data/" + path);
+    }
+    return text;
 }
 
 // Names of the files in `dir` that end in `suffix`, sorted.
@@ -93,7 +104,7 @@ struct DataRow {
 // The rows of tests/data/<path>; empty lines and lines that begin with '#' are skipped.
 inline std::vector<DataRow> dataRows(const std::string& path) {
     std::vector<DataRow> rows;
-    std::istringstream in(readText(kTestData + path));
+    std::istringstream in(dataText(path));
     int number = 0;
     for (std::string line; std::getline(in, line);) {
         ++number;
@@ -144,7 +155,7 @@ struct DataCase {
 
 inline std::vector<DataCase> dataCases(const std::string& path) {
     std::vector<DataCase> cases;
-    std::istringstream in(readText(kTestData + path));
+    std::istringstream in(dataText(path));
     std::string* block = nullptr;
     int number = 0;
     for (std::string line; std::getline(in, line);) {
@@ -187,7 +198,7 @@ struct GenExpectation {
 
 inline std::vector<GenExpectation> genExpectations() {
     std::vector<GenExpectation> out;
-    std::istringstream in(readText(kTestData + "sdp-gen/expectations.txt"));
+    std::istringstream in(dataText("sdp-gen/expectations.txt"));
     for (std::string line; std::getline(in, line);) {
         std::vector<std::string> fields = words(line);
         if (fields.size() < 3 || fields[0][0] == '#') {

@@ -15,7 +15,7 @@ using namespace pimav::detail;
 
 TEST(SdpExplain, EveryRefusalHasItsReason) {
     std::map<std::string, std::string> reasons;  // path below tests/data -> reason
-    std::istringstream table(readText(kTestData + "sdp-explain/reasons.txt"));
+    std::istringstream table(dataText("sdp-explain/reasons.txt"));
     for (std::string line; std::getline(table, line);) {
         const size_t tab = line.find('\t');
         if (!line.empty() && line[0] != '#' && tab != std::string::npos) {
