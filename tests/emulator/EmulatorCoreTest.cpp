@@ -12,7 +12,6 @@
 #include "EmulatorHarness.h"
 #include "common/AtomicFile.h"
 #include "common/RequestServer.h"
-#include "support/CommandRows.h"
 #include "support/LogCapture.h"
 
 using namespace pimav::detail;
@@ -53,19 +52,6 @@ TEST(EmulatorRequest, FramesDecodeOrAreRefusedWithTheReason) {
     EXPECT_EQ(renderReply(errorReply(-3, "gone")), R"({"error":{"code":-3,"message":"gone"}})");
     EXPECT_EQ(renderReply(errorReply(-1, "refused", {"a", "b"})),
               R"({"error":{"code":-1,"message":"refused","user-messages":["a","b"]}})");
-}
-
-TEST(EmulatorRequest, EveryCommandOfTheTableHasAHandler) {
-    EmulatorOptions options;
-    options.configDir = tempDir("dispatch");
-    Emulator emulator(options);
-    for (const CommandRowText& row : commandRows()) {
-        const std::string message = call(emulator, row.id)["error"]["message"].asString();
-        EXPECT_EQ(message.find("unknown command"), std::string::npos) << row.method << ": " << message;
-    }
-    const auto past = static_cast<unsigned>(commandRows().size());
-    EXPECT_EQ(call(emulator, past)["error"]["message"].asString(),
-              "unknown command id " + std::to_string(past));
 }
 
 TEST(EmulatorFiles, AtomicWriteReplacesWholeAndLeavesNoTemporaryFile) {
