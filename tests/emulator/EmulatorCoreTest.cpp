@@ -21,9 +21,9 @@ namespace {
 TEST(EmulatorRequest, FramesDecodeOrAreRefusedWithTheReason) {
     struct Case {
         std::vector<std::string> frames;
-        uint32_t id;         // when accepted
-        bool hasDocument;    // when accepted
-        const char* refusal; // nullptr when accepted
+        uint32_t id;          // when accepted
+        bool hasDocument;     // when accepted
+        const char* refusal;  // nullptr when accepted
     };
     const std::string id7("\x07\x00\x00\x00", 4);
     const std::vector<Case> cases = {
@@ -80,8 +80,9 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
     uint64_t sender = 0;
     {
         Emulator emulator(options);
-        sender = call(emulator, 2, R"({"name":"kept","audio-sources":[{"channel-list":[{"channel":0}]}]})")
-                     ["session-id"].asUInt64();
+        sender = call(emulator, 2,
+                      R"({"name":"kept","audio-sources":[{"channel-list":[{"channel":0}]}]})")["session-id"]
+                     .asUInt64();
         ASSERT_NE(sender, 0u);
         EXPECT_FALSE(call(emulator, 9, R"({"pos":3,"name":"three","startup":true})").isMember("error"));
         call(emulator, 2, R"({"name":"after save","audio-sources":[{"channel-list":[{"channel":1}]}]})");
@@ -101,7 +102,8 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
         ASSERT_EQ(emulator.sessions().size(), 1u);
         EXPECT_EQ(emulator.sessions().begin()->first, sender);
         // A new session never reuses a saved id.
-        EXPECT_GT(call(emulator, 2, R"({"audio-sources":[{"channel-list":[{"channel":2}]}]})")["session-id"].asUInt64(),
+        EXPECT_GT(call(emulator, 2, R"({"audio-sources":[{"channel-list":[{"channel":2}]}]})")["session-id"]
+                      .asUInt64(),
                   sender);
     }
 }

@@ -54,17 +54,20 @@ TEST_F(EmulatorSapTest, SourcesOfOneSessionIdTakeTurnsHoldingItsEntry) {
         if (f[0] == "advertise") {
             const size_t slash = f[3].find('/');
             const std::string sdp =
-                f[3] == "bad" ? "v=0\r\n" : audioSdp(7, std::stoul(f[3].substr(slash + 1)), f[3].substr(0, slash));
+                f[3] == "bad" ? "v=0\r\n"
+                              : audioSdp(7, std::stoul(f[3].substr(slash + 1)), f[3].substr(0, slash));
             uint64_t id = 0;
             std::string why;
-            EXPECT_EQ(results[static_cast<int>(m_emulator.advertise({source, f[2], sdp}, id, why))], f[4]) << why;
+            EXPECT_EQ(results[static_cast<int>(m_emulator.advertise({source, f[2], sdp}, id, why))], f[4])
+                << why;
             EXPECT_EQ(id, f[4] == "refused" ? 0u : 7u);
         } else if (f[0] == "withdraw") {
             m_emulator.withdrawAdvertised(7, source.key);
         } else {
-            ASSERT_FALSE(call(m_emulator, f[0] == "receive" ? 3 : 4,
-                              f[0] == "receive" ? R"({"name":"rx","rem-sid":{"id":7,"media-idx":0}})" : R"({"id":1})")
-                             .isMember("error"));
+            ASSERT_FALSE(
+                call(m_emulator, f[0] == "receive" ? 3 : 4,
+                     f[0] == "receive" ? R"({"name":"rx","rem-sid":{"id":7,"media-idx":0}})" : R"({"id":1})")
+                    .isMember("error"));
         }
         EXPECT_EQ(entry(m_emulator, 7), f[5]);
         EXPECT_EQ(m_emulator.advertisedClaims().waiting(), std::stoul(f[6]));
@@ -123,7 +126,8 @@ TEST_F(EmulatorSapTest, SessionsAreTheHostAndTheSessionIdNotTheUrl) {
     EmulatorSap sap(m_emulator, EmulatorSapOptions());
     UdpEndpoint from;
     const auto feed = [&](const std::string& bytes) {
-        sap.receive(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), kSapPort, from, Clock::now());
+        sap.receive(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), kSapPort, from,
+                    Clock::now());
     };
     SapPacket deletion;
     SapOrigin::fromText("10.0.0.1", deletion.origin);
@@ -179,8 +183,9 @@ TEST(RequestServerLoop, TimersAndWatchedDescriptorsRunOnTime) {
     std::atomic<bool> stop{false};
     const auto start = Clock::now();
     const auto pollLimit = std::chrono::seconds(60);
-    server.serve(stop, [](const Request&) { return Json::Value(); }, [&] { stop = events.size() == 2; },
-                 static_cast<int>(std::chrono::milliseconds(pollLimit).count()));
+    server.serve(
+        stop, [](const Request&) { return Json::Value(); }, [&] { stop = events.size() == 2; },
+        static_cast<int>(std::chrono::milliseconds(pollLimit).count()));
     EXPECT_EQ(events, (std::vector<std::string>{"timer", "read x"}));
     EXPECT_LT(Clock::now() - start, pollLimit / 2);  // the timer, not the poll limit, ended the wait
     ::close(pipeFds[0]);

@@ -55,8 +55,8 @@ std::vector<DataRow> refusals(const std::string& kind) {
             const size_t end = request.find('}', nest);
             request.replace(nest, end + 1 - nest, nested(std::stoul(request.substr(nest + 8))));
         }
-        for (const auto& [key, value] : {std::pair<std::string, std::string>{"{user-sdp}", userSdpEscaped()},
-                                         {"{sender}", kSender}}) {
+        for (const auto& [key, value] :
+             {std::pair<std::string, std::string>{"{user-sdp}", userSdpEscaped()}, {"{sender}", kSender}}) {
             for (size_t at = request.find(key); at != std::string::npos; at = request.find(key)) {
                 request.replace(at, key.size(), value);
             }

@@ -39,7 +39,8 @@ std::string orEmpty(const std::string& field) {
     return field == "-" ? "" : field;
 }
 
-SapPacket packet(const std::string& sdp, bool compressed, bool typed = true, const char* origin = "10.0.0.5") {
+SapPacket packet(const std::string& sdp, bool compressed, bool typed = true,
+                 const char* origin = "10.0.0.5") {
     SapPacket p;
     EXPECT_TRUE(SapOrigin::fromText(origin, p.origin)) << origin;
     p.hash = 0x1234;
@@ -119,6 +120,7 @@ TEST(SapPacket, RefusesWhatOnlyTheEncoderMakes) {
     const std::string exact = "v=0\n" + std::string(996, 'a');  // 1000 bytes
     for (const bool zlib : {false, true}) {
         expectOutcome("payload at the bound", encodeSap(packet(exact, zlib, false)), "none", 1000);
-        expectOutcome("payload past the bound", encodeSap(packet(exact, zlib, false)), "payload-too-large", 999);
+        expectOutcome("payload past the bound", encodeSap(packet(exact, zlib, false)), "payload-too-large",
+                      999);
     }
 }
