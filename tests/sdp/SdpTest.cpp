@@ -8,19 +8,61 @@
 #include <cctype>
 #include <sstream>
 
-#include "SdpTestSupport.h"
+#include "pimAvMngApi/device/BoardModel.h"
 #include "pimAvMngApi/platform/ErrorAuxMsg.h"
+#include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
 #include "support/JsonText.h"
 #include "support/KindedJson.h"
 #include "support/LogCapture.h"
 #include "support/RecordScript.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
 namespace {
 
 using Lines = std::vector<std::string>;
+
+// The board of a case ("MODEL MODULE"), the previous board restored on scope exit.
+class BoardScope {
+public:
+    explicit BoardScope(const std::string& words)
+        : m_saved(SystemDefaultCfg::getInstance()->getBoardModel()) {
+        std::istringstream in(words);
+        std::string model, module;
+        in >> model >> module;
+        BoardModelType type = MAPLE;
+        boardModelTypeFromString(model, type);
+        SystemDefaultCfg::getInstance()->setBoardModel(BoardModel(type, BitstreamType::fromString(module)));
+    }
+    ~BoardScope() { SystemDefaultCfg::getInstance()->setBoardModel(m_saved); }
+    BoardScope(const BoardScope&) = delete;
+    BoardScope& operator=(const BoardScope&) = delete;
+
+private:
+    BoardModel m_saved;
+};
+
+// A session's JSON form with, in each media, the members that form leaves out: the packing
+// mode and sender type, and with `parsed` also the group type and the channel order.
+Json::Value sessionView(const SdpSession& session, bool parsed) {
+    Json::Value view;
+    session.Serialize(view);
+    for (Json::ArrayIndex i = 0; i < session.m_media.size(); ++i) {
+        const SdpMedia& media = session.m_media[i];
+        view["media"][i]["packing-mode"] = media.m_packing_mode;
+        view["media"][i]["sender-type"] = media.m_sender_type;
+        if (parsed) {
+            view["media"][i]["group-type"] = static_cast<int>(media.m_group_type);
+            Json::Value& order = view["media"][i]["channel-order"] = Json::Value(Json::arrayValue);
+            for (const std::string& item : media.m_channel_order) {
+                order.append(item);
+            }
+        }
+    }
+    return view;
+}
 
 void expectLogged(const LogCapture& log, const Lines& texts) {
     for (const std::string& text : texts) {
@@ -80,7 +122,7 @@ TEST(SdpParse, CorpusFilesHaveTheirOutcome) {
     const std::vector<DataRow> rows = dataRows("sdp-parse/corpus.tsv");
     ASSERT_FALSE(files.empty()) << "SDP corpus missing or empty: " << kCorpusDir;
     ASSERT_EQ(files.size(), rows.size()) << "a corpus file without its row, or a row without its file";
-    BoardScope board(MAPLE, BitstreamType::MODULE_SDI_ST2110);
+    BoardScope board("MAPLE SDI-ST2110");
     for (size_t i = 0; i < rows.size(); ++i) {
         const std::vector<std::string>& f = rows[i].fields;
         SCOPED_TRACE(rows[i].where);
