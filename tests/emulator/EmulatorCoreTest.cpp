@@ -13,40 +13,46 @@
 #include "common/AtomicFile.h"
 #include "common/RequestServer.h"
 #include "support/LogCapture.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
 namespace {
 
+// The frames a row of tests/data/emulator/frames.tsv writes.
+std::vector<std::string> framesOf(const std::string& text) {
+    std::vector<std::string> frames;
+    for (size_t start = 0, end = 0; end != std::string::npos; start = end + 3) {
+        end = text.find(" | ", start);
+        frames.push_back(text.substr(start, end == std::string::npos ? end : end - start));
+        if (frames.back()[0] == '@') {
+            const size_t slash = frames.back().find('/');
+            const unsigned long value = std::stoul(frames.back().substr(1, slash - 1), nullptr, 0);
+            const unsigned long bytes = std::stoul(frames.back().substr(slash + 1));
+            frames.back().clear();
+            for (unsigned long k = 0; k < bytes; ++k) {
+                frames.back() += static_cast<char>((value >> (8 * k)) & 0xff);
+            }
+        }
+    }
+    return frames;
+}
+
 TEST(EmulatorRequest, FramesDecodeOrAreRefusedWithTheReason) {
-    struct Case {
-        std::vector<std::string> frames;
-        uint32_t id;          // when accepted
-        bool hasDocument;     // when accepted
-        const char* refusal;  // nullptr when accepted
-    };
-    const std::string id7("\x07\x00\x00\x00", 4);
-    const std::vector<Case> cases = {
-        {{id7, R"({"id":3})"}, 7, true, nullptr},
-        {{id7, ""}, 7, false, nullptr},
-        {{std::string("\x01\x02\x00\x00", 4), "{}"}, 0x201, true, nullptr},
-        {{id7}, 0, false, "expected 2 frames (command id, request document), got 1"},
-        {{id7, "{}", "{}"}, 0, false, "got 3"},
-        {{"\x07", "{}"}, 0, false, "command id frame must hold 4 bytes, got 1"},
-        {{id7, "{\"id\":"}, 0, false, "request document is not valid JSON"},
-        {{id7, "[1,2]"}, 0, false, "request document must be a JSON object"},
-        {{id7, "{} trailing"}, 0, false, "not valid JSON"},
-    };
-    for (const Case& c : cases) {
+    const std::vector<DataRow> rows = dataRows("emulator/frames.tsv");
+    ASSERT_FALSE(rows.empty());
+    for (const DataRow& row : rows) {
+        const std::vector<std::string>& f = row.fields;
+        SCOPED_TRACE(row.where);
         try {
-            const Request r = decodeRequest(c.frames);
-            EXPECT_EQ(c.refusal, nullptr) << "accepted: " << c.frames.back();
-            EXPECT_EQ(r.commandId, c.id);
-            EXPECT_EQ(r.hasDocument, c.hasDocument);
+            const Request r = decodeRequest(framesOf(f[0]));
+            EXPECT_EQ(f[3], "-") << "accepted";
+            EXPECT_EQ(std::to_string(r.commandId), f[1]);
+            EXPECT_EQ(r.hasDocument, f[2] == "yes");
         } catch (const CommandError& e) {
-            ASSERT_NE(c.refusal, nullptr) << e.what();
+            ASSERT_NE(f[3], "-") << e.what();
             EXPECT_EQ(e.code(), -13);
-            EXPECT_NE(std::string(e.what()).find(c.refusal), std::string::npos) << e.what();
+            EXPECT_NE(std::string(e.what()).find(f[3]), std::string::npos) << e.what();
         }
     }
     EXPECT_EQ(renderReply(errorReply(-3, "gone")), R"({"error":{"code":-3,"message":"gone"}})");

@@ -46,7 +46,9 @@ protected:
 
 TEST_F(EmulatorSapTest, SourcesOfOneSessionIdTakeTurnsHoldingItsEntry) {
     const char* const results[] = {"stored", "waiting", "refused"};
-    for (const DataRow& row : dataRows("emulator/sap-claims.tsv")) {
+    const std::vector<DataRow> rows = dataRows("emulator/sap-claims.tsv");
+    ASSERT_FALSE(rows.empty());
+    for (const DataRow& row : rows) {
         const std::vector<std::string>& f = row.fields;
         SCOPED_TRACE(row.where);
         const bool file = f[1][0] == '/';
