@@ -15,8 +15,6 @@ using namespace pimav::detail;
 
 namespace {
 
-const std::string kLintData = kTestData + "sdp-lint/";
-
 // The case's text with the line ends its options ask for (CRLF by default).
 std::string textOf(const DataCase& c) {
     const std::vector<std::string> options = words(c.get("options"));
@@ -59,19 +57,11 @@ struct CorpusExpectation {
 };
 std::map<std::string, CorpusExpectation> corpusExpectations() {
     std::map<std::string, CorpusExpectation> out;
-    std::istringstream in(readText(kLintData + "corpus.txt"));
-    std::string line;
-    while (std::getline(in, line)) {
-        std::vector<std::string> fields = words(line);
-        if (fields.size() < 2 || fields[0][0] == '#') {
-            continue;
-        }
-        CorpusExpectation& e = out[fields[0]];
-        if (fields[1] != "-") {
-            std::replace(fields[1].begin(), fields[1].end(), ',', ' ');
-            e.profiles = words(fields[1]);
-        }
-        e.expected.assign(fields.begin() + 2, fields.end());
+    for (const DataRow& row : dataRows("sdp-lint/corpus.txt")) {
+        std::vector<std::string> fields = words(row.fields[0]);
+        std::replace(fields[1].begin(), fields[1].end(), ',', ' ');
+        out[fields[0]] = {fields[1] == "-" ? std::vector<std::string>{} : words(fields[1]),
+                          {fields.begin() + 2, fields.end()}};
     }
     return out;
 }
