@@ -12,60 +12,52 @@
 #include "EmulatorHarness.h"
 #include "common/AtomicFile.h"
 #include "common/RequestServer.h"
-#include "support/CommandRows.h"
 #include "support/LogCapture.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
 namespace {
 
+// The frames a row of tests/data/emulator/frames.tsv writes.
+std::vector<std::string> framesOf(const std::string& text) {
+    std::vector<std::string> frames;
+    for (size_t start = 0, end = 0; end != std::string::npos; start = end + 3) {
+        end = text.find(" | ", start);
+        frames.push_back(text.substr(start, end == std::string::npos ? end : end - start));
+        if (frames.back()[0] == '@') {
+            const size_t slash = frames.back().find('/');
+            const unsigned long value = std::stoul(frames.back().substr(1, slash - 1), nullptr, 0);
+            const unsigned long bytes = std::stoul(frames.back().substr(slash + 1));
+            frames.back().clear();
+            for (unsigned long k = 0; k < bytes; ++k) {
+                frames.back() += static_cast<char>((value >> (8 * k)) & 0xff);
+            }
+        }
+    }
+    return frames;
+}
+
 TEST(EmulatorRequest, FramesDecodeOrAreRefusedWithTheReason) {
-    struct Case {
-        std::vector<std::string> frames;
-        uint32_t id;         // when accepted
-        bool hasDocument;    // when accepted
-        const char* refusal; // nullptr when accepted
-    };
-    const std::string id7("\x07\x00\x00\x00", 4);
-    const std::vector<Case> cases = {
-        {{id7, R"({"id":3})"}, 7, true, nullptr},
-        {{id7, ""}, 7, false, nullptr},
-        {{std::string("\x01\x02\x00\x00", 4), "{}"}, 0x201, true, nullptr},
-        {{id7}, 0, false, "expected 2 frames (command id, request document), got 1"},
-        {{id7, "{}", "{}"}, 0, false, "got 3"},
-        {{"\x07", "{}"}, 0, false, "command id frame must hold 4 bytes, got 1"},
-        {{id7, "{\"id\":"}, 0, false, "request document is not valid JSON"},
-        {{id7, "[1,2]"}, 0, false, "request document must be a JSON object"},
-        {{id7, "{} trailing"}, 0, false, "not valid JSON"},
-    };
-    for (const Case& c : cases) {
+    const std::vector<DataRow> rows = dataRows("emulator/frames.tsv");
+    ASSERT_FALSE(rows.empty());
+    for (const DataRow& row : rows) {
+        const std::vector<std::string>& f = row.fields;
+        SCOPED_TRACE(row.where);
         try {
-            const Request r = decodeRequest(c.frames);
-            EXPECT_EQ(c.refusal, nullptr) << "accepted: " << c.frames.back();
-            EXPECT_EQ(r.commandId, c.id);
-            EXPECT_EQ(r.hasDocument, c.hasDocument);
+            const Request r = decodeRequest(framesOf(f[0]));
+            EXPECT_EQ(f[3], "-") << "accepted";
+            EXPECT_EQ(std::to_string(r.commandId), f[1]);
+            EXPECT_EQ(r.hasDocument, f[2] == "yes");
         } catch (const CommandError& e) {
-            ASSERT_NE(c.refusal, nullptr) << e.what();
+            ASSERT_NE(f[3], "-") << e.what();
             EXPECT_EQ(e.code(), -13);
-            EXPECT_NE(std::string(e.what()).find(c.refusal), std::string::npos) << e.what();
+            EXPECT_NE(std::string(e.what()).find(f[3]), std::string::npos) << e.what();
         }
     }
     EXPECT_EQ(renderReply(errorReply(-3, "gone")), R"({"error":{"code":-3,"message":"gone"}})");
     EXPECT_EQ(renderReply(errorReply(-1, "refused", {"a", "b"})),
               R"({"error":{"code":-1,"message":"refused","user-messages":["a","b"]}})");
-}
-
-TEST(EmulatorRequest, EveryCommandOfTheTableHasAHandler) {
-    EmulatorOptions options;
-    options.configDir = tempDir("dispatch");
-    Emulator emulator(options);
-    for (const CommandRowText& row : commandRows()) {
-        const std::string message = call(emulator, row.id)["error"]["message"].asString();
-        EXPECT_EQ(message.find("unknown command"), std::string::npos) << row.method << ": " << message;
-    }
-    const auto past = static_cast<unsigned>(commandRows().size());
-    EXPECT_EQ(call(emulator, past)["error"]["message"].asString(),
-              "unknown command id " + std::to_string(past));
 }
 
 TEST(EmulatorFiles, AtomicWriteReplacesWholeAndLeavesNoTemporaryFile) {
@@ -94,8 +86,9 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
     uint64_t sender = 0;
     {
         Emulator emulator(options);
-        sender = call(emulator, 2, R"({"name":"kept","audio-sources":[{"channel-list":[{"channel":0}]}]})")
-                     ["session-id"].asUInt64();
+        sender = call(emulator, 2,
+                      R"({"name":"kept","audio-sources":[{"channel-list":[{"channel":0}]}]})")["session-id"]
+                     .asUInt64();
         ASSERT_NE(sender, 0u);
         EXPECT_FALSE(call(emulator, 9, R"({"pos":3,"name":"three","startup":true})").isMember("error"));
         call(emulator, 2, R"({"name":"after save","audio-sources":[{"channel-list":[{"channel":1}]}]})");
@@ -115,7 +108,8 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
         ASSERT_EQ(emulator.sessions().size(), 1u);
         EXPECT_EQ(emulator.sessions().begin()->first, sender);
         // A new session never reuses a saved id.
-        EXPECT_GT(call(emulator, 2, R"({"audio-sources":[{"channel-list":[{"channel":2}]}]})")["session-id"].asUInt64(),
+        EXPECT_GT(call(emulator, 2, R"({"audio-sources":[{"channel-list":[{"channel":2}]}]})")["session-id"]
+                      .asUInt64(),
                   sender);
     }
 }

@@ -3,38 +3,25 @@
 
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <map>
 #include <optional>
 
-#include "Emulator.h"
+#include "EmulatorHarness.h"
 #include "EmulatorSap.h"
 #include "support/LogCapture.h"
 #include "support/SapSamples.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
 namespace {
 
 using Clock = EmulatorSap::Clock;
-using Result = Emulator::Advertised;
 
-std::string tempDir(const char* tag) {
-    std::string pattern = std::string("/tmp/pimav-emu-") + tag + "-XXXXXX";
-    return ::mkdtemp(pattern.data());
-}
-
-Json::Value call(Emulator& emulator, unsigned id, const std::string& json = "") {
-    Request request = json.empty() ? Request() : decodeRequest({std::string("\0\0\0\0", 4), json});
-    request.commandId = id;
-    return emulator.handle(request);
-}
-
-// "URL STATUS SOURCE" of advertised session `id` as command 7 lists it; "" without one.
+// "URL STATUS SOURCE" of advertised session `id` as command 7 lists it; "-" without one.
 std::string entry(Emulator& emulator, uint64_t id) {
     const Json::Value reply = call(emulator, 7);
     for (const auto& e : reply["list"]) {
@@ -43,7 +30,7 @@ std::string entry(Emulator& emulator, uint64_t id) {
                    reply["sources"][std::to_string(id)]["from"].asString();
         }
     }
-    return "";
+    return "-";
 }
 
 class EmulatorSapTest : public ::testing::Test {
@@ -58,62 +45,35 @@ protected:
 };
 
 TEST_F(EmulatorSapTest, SourcesOfOneSessionIdTakeTurnsHoldingItsEntry) {
-    struct Step {
-        const char* what;
-        char action;  // a: advertise, w: withdraw, r: a receiver takes the session
-        const char* key;
-        std::string sdp;
-        Result result;   // of an advertisement
-        const char* entry;
-        size_t waiting;
-    };
-    const AdvertisedSource file{"file", "/adv/f.sdp", "/adv/f.sdp"};
-    const AdvertisedSource a{"sap", "10.0.0.1", "sap 10.0.0.1 7"};
-    const AdvertisedSource b{"sap", "10.0.0.2", "sap 10.0.0.2 7"};
-    const std::map<std::string, std::pair<AdvertisedSource, std::string>> sources = {
-        {file.key, {file, "file:///adv/f.sdp"}},
-        {a.key, {a, "sap://10.0.0.1:9875/0001"}},
-        {b.key, {b, "sap://10.0.0.2:9875/0002"}},
-    };
-    const Step steps[] = {
-        {"the first holds the id", 'a', "/adv/f.sdp", audioSdp(7, 1, "F"), Result::Stored,
-         "file:///adv/f.sdp OK /adv/f.sdp", 0},
-        {"a second waits", 'a', "sap 10.0.0.1 7", audioSdp(7, 1, "A"), Result::Waiting,
-         "file:///adv/f.sdp OK /adv/f.sdp", 1},
-        {"a third waits behind it", 'a', "sap 10.0.0.2 7", audioSdp(7, 1, "B"), Result::Waiting,
-         "file:///adv/f.sdp OK /adv/f.sdp", 2},
-        {"the holder refreshes", 'a', "/adv/f.sdp", audioSdp(7, 2, "F"), Result::Stored,
-         "file:///adv/f.sdp OK /adv/f.sdp", 2},
-        {"a refused SDP changes nothing", 'a', "sap 10.0.0.2 7", "v=0\r\n", Result::Refused,
-         "file:///adv/f.sdp OK /adv/f.sdp", 2},
-        {"the holder leaves: the first waiting takes over", 'w', "/adv/f.sdp", "", Result::Stored,
-         "sap://10.0.0.1:9875/0001 OK 10.0.0.1", 1},
-        {"a waiting one leaves", 'w', "sap 10.0.0.2 7", "", Result::Stored, "sap://10.0.0.1:9875/0001 OK 10.0.0.1", 0},
-        {"a receiver takes it", 'r', "", "", Result::Stored, "sap://10.0.0.1:9875/0001 OK 10.0.0.1", 0},
-        {"the last holder leaves: stale while used", 'w', "sap 10.0.0.1 7", "", Result::Stored,
-         "sap://10.0.0.1:9875/0001 Stale 10.0.0.1", 0},
-        {"advertised again: current", 'a', "sap 10.0.0.2 7", audioSdp(7, 3, "B"), Result::Stored,
-         "sap://10.0.0.2:9875/0002 OK 10.0.0.2", 0},
-    };
-    for (const Step& step : steps) {
-        if (step.action == 'a') {
-            const auto& [source, url] = sources.at(step.key);
+    const char* const results[] = {"stored", "waiting", "refused"};
+    const std::vector<DataRow> rows = dataRows("emulator/sap-claims.tsv");
+    ASSERT_FALSE(rows.empty());
+    for (const DataRow& row : rows) {
+        const std::vector<std::string>& f = row.fields;
+        SCOPED_TRACE(row.where);
+        const bool file = f[1][0] == '/';
+        const AdvertisedSource source{file ? "file" : "sap", f[1], file ? f[1] : "sap " + f[1] + " 7"};
+        if (f[0] == "advertise") {
+            const size_t slash = f[3].find('/');
+            const std::string sdp =
+                f[3] == "bad" ? "v=0\r\n"
+                              : audioSdp(7, std::stoul(f[3].substr(slash + 1)), f[3].substr(0, slash));
             uint64_t id = 0;
             std::string why;
-            EXPECT_EQ(m_emulator.advertise({source, url, step.sdp}, id, why), step.result) << step.what << ": " << why;
-            EXPECT_EQ(id, step.result == Result::Refused ? 0u : 7u) << step.what;
-        } else if (step.action == 'w') {
-            m_emulator.withdrawAdvertised(7, step.key);
+            EXPECT_EQ(results[static_cast<int>(m_emulator.advertise({source, f[2], sdp}, id, why))], f[4])
+                << why;
+            EXPECT_EQ(id, f[4] == "refused" ? 0u : 7u);
+        } else if (f[0] == "withdraw") {
+            m_emulator.withdrawAdvertised(7, source.key);
         } else {
-            ASSERT_FALSE(call(m_emulator, 3, R"({"name":"rx","rem-sid":{"id":7,"media-idx":0}})").isMember("error"));
+            ASSERT_FALSE(
+                call(m_emulator, f[0] == "receive" ? 3 : 4,
+                     f[0] == "receive" ? R"({"name":"rx","rem-sid":{"id":7,"media-idx":0}})" : R"({"id":1})")
+                    .isMember("error"));
         }
-        EXPECT_EQ(entry(m_emulator, 7), step.entry) << step.what;
-        EXPECT_EQ(m_emulator.advertisedClaims().waiting(), step.waiting) << step.what;
+        EXPECT_EQ(entry(m_emulator, 7), f[5]);
+        EXPECT_EQ(m_emulator.advertisedClaims().waiting(), std::stoul(f[6]));
     }
-    // The receiver goes, then the holder: the entry and its source are gone.
-    ASSERT_FALSE(call(m_emulator, 4, R"({"id":1})").isMember("error"));
-    m_emulator.withdrawAdvertised(7, b.key);
-    EXPECT_EQ(entry(m_emulator, 7), "");
     EXPECT_EQ(m_emulator.advertisedClaims().source(7), nullptr);
 }
 
@@ -168,7 +128,8 @@ TEST_F(EmulatorSapTest, SessionsAreTheHostAndTheSessionIdNotTheUrl) {
     EmulatorSap sap(m_emulator, EmulatorSapOptions());
     UdpEndpoint from;
     const auto feed = [&](const std::string& bytes) {
-        sap.receive(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), kSapPort, from, Clock::now());
+        sap.receive(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), kSapPort, from,
+                    Clock::now());
     };
     SapPacket deletion;
     SapOrigin::fromText("10.0.0.1", deletion.origin);
@@ -196,7 +157,7 @@ TEST_F(EmulatorSapTest, SessionsAreTheHostAndTheSessionIdNotTheUrl) {
     feed(sapAnnouncement(audioSdp(8, 1, "A3"), "10.0.0.1"));
     deletion.sdp = "o=- 6 1 IN IP4 10.0.0.1\r\n";
     feed(encodeSap(deletion));
-    EXPECT_EQ(entry(m_emulator, 6), "");
+    EXPECT_EQ(entry(m_emulator, 6), "-");
     EXPECT_EQ(entry(m_emulator, 8), "sap://10.0.0.1:9875/1234 OK 10.0.0.1");
     sap.tick(Clock::now() + std::chrono::hours(2));
     EXPECT_EQ(call(m_emulator, 7)["list"].size(), 0u);
@@ -224,8 +185,9 @@ TEST(RequestServerLoop, TimersAndWatchedDescriptorsRunOnTime) {
     std::atomic<bool> stop{false};
     const auto start = Clock::now();
     const auto pollLimit = std::chrono::seconds(60);
-    server.serve(stop, [](const Request&) { return Json::Value(); }, [&] { stop = events.size() == 2; },
-                 static_cast<int>(std::chrono::milliseconds(pollLimit).count()));
+    server.serve(
+        stop, [](const Request&) { return Json::Value(); }, [&] { stop = events.size() == 2; },
+        static_cast<int>(std::chrono::milliseconds(pollLimit).count()));
     EXPECT_EQ(events, (std::vector<std::string>{"timer", "read x"}));
     EXPECT_LT(Clock::now() - start, pollLimit / 2);  // the timer, not the poll limit, ended the wait
     ::close(pipeFds[0]);

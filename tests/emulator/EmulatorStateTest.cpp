@@ -37,6 +37,37 @@ std::string nested(unsigned levels) {
     return text + "{}" + std::string(levels - 1, '}');
 }
 
+std::string userSdp() {
+    return fileText(PIMAV_SOURCE_DIR "/examples/advertised/commentary.sdp");
+}
+std::string userSdpEscaped() {
+    const std::string quoted = jsonText(Json::Value(userSdp()));
+    return quoted.substr(1, quoted.size() - 2);
+}
+
+// The rows of tests/data/emulator/state-refusals.tsv of one kind, placeholders filled.
+std::vector<DataRow> refusals(const std::string& kind) {
+    std::vector<DataRow> rows;
+    for (DataRow row : dataRows("emulator/state-refusals.tsv")) {
+        std::string& request = row.fields[2];
+        const size_t nest = request.find("{nested:");
+        if (nest != std::string::npos) {
+            const size_t end = request.find('}', nest);
+            request.replace(nest, end + 1 - nest, nested(std::stoul(request.substr(nest + 8))));
+        }
+        for (const auto& [key, value] :
+             {std::pair<std::string, std::string>{"{user-sdp}", userSdpEscaped()}, {"{sender}", kSender}}) {
+            for (size_t at = request.find(key); at != std::string::npos; at = request.find(key)) {
+                request.replace(at, key.size(), value);
+            }
+        }
+        if (row.fields[0] == kind) {
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
 // A device with one of everything the commands touch: a sender (id 1) with gains, a
 // receiver of user SDP (id 2), a saved position 1.
 class EmulatorStateTest : public ::testing::Test {
@@ -56,37 +87,8 @@ protected:
         ASSERT_EQ(jsonText(call(9, R"({"pos":1,"name":"one"})")), "{}");
     }
 
-    static std::string userSdp() { return fileText(PIMAV_SOURCE_DIR "/examples/advertised/commentary.sdp"); }
-    static std::string userSdpEscaped() {
-        const std::string quoted = jsonText(Json::Value(userSdp()));
-        return quoted.substr(1, quoted.size() - 2);
-    }
-
     Json::Value call(unsigned id, const std::string& json = "") {
         return pimav::detail::call(*emulator, id, json);
-    }
-
-    // The rows of tests/data/emulator/state-refusals.tsv of one kind, placeholders filled.
-    static std::vector<DataRow> refusals(const std::string& kind) {
-        std::vector<DataRow> rows;
-        for (DataRow row : dataRows("emulator/state-refusals.tsv")) {
-            std::string& request = row.fields[2];
-            const size_t nest = request.find("{nested:");
-            if (nest != std::string::npos) {
-                const size_t end = request.find('}', nest);
-                request.replace(nest, end + 1 - nest, nested(std::stoul(request.substr(nest + 8))));
-            }
-            for (const auto& [key, value] : {std::pair<std::string, std::string>{"{user-sdp}", userSdpEscaped()},
-                                             {"{sender}", kSender}}) {
-                for (size_t at = request.find(key); at != std::string::npos; at = request.find(key)) {
-                    request.replace(at, key.size(), value);
-                }
-            }
-            if (row.fields[0] == kind) {
-                rows.push_back(row);
-            }
-        }
-        return rows;
     }
 
     // What a client or a restart sees of the state.
@@ -99,6 +101,7 @@ protected:
     std::unique_ptr<Emulator> emulator;
 };
 
+// Every command of the table has a handler, and a request without its members changes nothing.
 TEST_F(EmulatorStateTest, ARequestWithoutItsMembersChangesNothing) {
     const std::regex namesMember(R"(["'][a-z-]+["'])");
     for (const CommandRowText& row : commandRows()) {
@@ -108,6 +111,7 @@ TEST_F(EmulatorStateTest, ARequestWithoutItsMembersChangesNothing) {
                          (*document ? document : "nothing"));
             const std::string before = state();
             const Json::Value reply = call(row.id, document);
+            EXPECT_EQ(jsonText(reply).find("unknown command"), std::string::npos) << jsonText(reply);
             if (Emulator::changesState(row.id) && row.shape != "REPLY") {
                 EXPECT_EQ(reply["error"]["code"].asInt(), -13) << jsonText(reply);
                 EXPECT_TRUE(std::regex_search(reply["error"]["message"].asString(), namesMember))
@@ -116,6 +120,8 @@ TEST_F(EmulatorStateTest, ARequestWithoutItsMembersChangesNothing) {
             EXPECT_TRUE(state() == before) << "the state changed";
         }
     }
+    const auto past = static_cast<unsigned>(commandRows().size());
+    EXPECT_EQ(call(past)["error"]["message"].asString(), "unknown command id " + std::to_string(past));
 }
 
 TEST_F(EmulatorStateTest, RefusedContentChangesNothing) {
@@ -207,39 +213,25 @@ TEST(EmulatorStartup, UnreadableFilesAreSetAsideAndTheRestIsLoaded) {
     }
     const std::string prefix = savedName.substr(0, savedName.size() - std::string("1.json").size());
     const std::string saved = fileText(options.configDir + "/" + savedName);
-    const std::string deepRunning = R"({"sessions":[],"settings":{"hdmi-pattern":)" + nested(999) + "}}";
-    struct Case {
-        std::string file;
-        std::string content;  // "fifo" and "folder" make one
-        const char* why;
-    };
-    const std::vector<Case> cases = {
-        {prefix + "3.json", R"({"name":"deep","running":)" + deepRunning + "}", "Exceeded stackLimit"},
-        {prefix + "4.json", "saved", "Syntax error"},
-        {prefix + "5.json", R"({"name":"bad","running":{"sessions":[{"id":7,"config":5}]}})", R"("config")"},
-        {"startup.json", R"({"startup":"x"})", R"("startup" must be a position)"},
-        {"startup.json", "folder", "not a regular file"},
-        {"running.json", R"({"sessions": [)", "Syntax error"},
-        {"running.json", R"({"sessions":[{"id":7,"kind":"receiver","config":"x"}]})", R"("config")"},
-        {"running.json", "fifo", "not a regular file"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.file + " " + c.content.substr(0, 40));
+    for (const DataRow& row : refusals("startup")) {
+        const std::string& content = row.fields[2];
+        SCOPED_TRACE(row.where);
         options.configDir = tempDir("startup");
-        const std::string path = options.configDir + "/" + c.file;
+        const std::string file = row.fields[1];
+        const std::string path = options.configDir + "/" + (file[0] == '{' ? prefix + file.substr(10) : file);
         std::ofstream(options.configDir + "/" + savedName) << saved;
         std::ofstream(options.configDir + "/running.json.tmpAb12Cd") << "{";
-        if (c.content == "fifo") {
+        if (content == "fifo") {
             ASSERT_EQ(::mkfifo(path.c_str(), 0644), 0);
-        } else if (c.content == "folder") {
+        } else if (content == "folder") {
             ASSERT_EQ(::mkdir(path.c_str(), 0755), 0);
         } else {
-            std::ofstream(path) << c.content;
+            std::ofstream(path) << content;
         }
         LogCapture log;
         Emulator emulator(options);
         EXPECT_EQ(log.count("emulator: set aside unreadable file " + path + " as " + path + ".bad: "), 1u);
-        EXPECT_TRUE(log.contains(c.why));
+        EXPECT_TRUE(log.contains(row.fields[3]));
         EXPECT_TRUE(log.contains("emulator: removed " + options.configDir + "/running.json.tmpAb12Cd"));
         struct stat st {};
         EXPECT_EQ(::stat((path + ".bad").c_str(), &st), 0);

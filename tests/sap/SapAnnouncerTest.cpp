@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "sap/SapAnnouncer.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
@@ -34,30 +35,17 @@ struct Sent {
 }  // namespace
 
 TEST(SapAnnouncer, IntervalSharesTheGroupBandwidth) {
-    struct Row {
-        size_t heard;
-        size_t own;
-        size_t bytes;
-        double fixed;
-        double expected;
-    };
-    const Row rows[] = {
-        {0, 0, 500, 0, 300},       // 1 announcement of 500 bytes: 1 s, raised to the minimum
-        {999, 1, 500, 0, 1000},    // 8 * 1000 * 500 / 4000
-        {300, 0, 1000, 0, 602},    // with no session of our own, ours counts as one
-        {100, 200, 1000, 0, 600},  // heard and own sessions add up
-        {999, 1, 500, 2.5, 2.5},   // a fixed interval wins
-    };
-    for (const auto& row : rows) {
+    for (const DataRow& row : dataRows("sap/intervals.tsv")) {
+        const std::vector<std::string>& f = row.fields;
         SapAnnouncer::Options options;
-        options.interval = seconds(row.fixed);
+        options.interval = seconds(std::stod(f[3]));
         SapAnnouncer announcer(options, [](uint64_t, SapMessageType, const std::string&) {});
-        for (size_t i = 0; i < row.own; ++i) {
-            announcer.announce(i, sdp(static_cast<int>(i), 1), Clock::now());
+        for (int i = 0; i < std::stoi(f[1]); ++i) {
+            announcer.announce(i, sdp(i, 1), Clock::now());
         }
-        announcer.setHeardSessions(row.heard);
-        EXPECT_NEAR(Seconds(announcer.baseInterval(row.bytes)).count(), row.expected, 1e-6)
-            << row.heard << " heard, " << row.own << " own, " << row.bytes << " bytes";
+        announcer.setHeardSessions(std::stoul(f[0]));
+        EXPECT_NEAR(Seconds(announcer.baseInterval(std::stoul(f[2]))).count(), std::stod(f[4]), 1e-6)
+            << row.where;
     }
 }
 

@@ -6,29 +6,18 @@
 #include <system_error>
 
 #include "sap/UdpSocket.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
 TEST(UdpSocket, ParsesEndpoints) {
-    struct Row {
-        const char* text;
-        bool valid;
-        bool multicast;
-    };
-    const Row rows[] = {
-        {"127.0.0.1:9875", true, false},   {"239.255.255.255:9875", true, true},
-        {"224.2.127.254:0", true, true},   {"240.0.0.1:9875", true, false},
-        {"127.0.0.1:65536", false, false}, {"127.0.0.1:", false, false},
-        {"127.0.0.1", false, false},       {":9875", false, false},
-        {"127.0.0.1:98a", false, false},   {"localhost:9875", false, false},
-        {"[::1]:9875", false, false},      {"127.0.0.1:1234567", false, false},
-    };
-    for (const auto& row : rows) {
+    for (const DataRow& row : dataRows("sap/endpoints.tsv")) {
+        const std::vector<std::string>& f = row.fields;
         UdpEndpoint endpoint;
-        ASSERT_EQ(UdpEndpoint::parse(row.text, endpoint), row.valid) << row.text;
-        if (row.valid) {
-            EXPECT_EQ(endpoint.toString(), row.text);
-            EXPECT_EQ(endpoint.isMulticast(), row.multicast) << row.text;
+        ASSERT_EQ(UdpEndpoint::parse(f[0], endpoint), f[1] == "yes") << row.where;
+        if (f[1] == "yes") {
+            EXPECT_EQ(endpoint.toString(), f[0]);
+            EXPECT_EQ(endpoint.isMulticast(), f[2] == "yes") << row.where;
         }
     }
 }

@@ -15,12 +15,8 @@ using namespace pimav::detail;
 
 TEST(SdpExplain, EveryRefusalHasItsReason) {
     std::map<std::string, std::string> reasons;  // path below tests/data -> reason
-    std::istringstream table(dataText("sdp-explain/reasons.txt"));
-    for (std::string line; std::getline(table, line);) {
-        const size_t tab = line.find('\t');
-        if (!line.empty() && line[0] != '#' && tab != std::string::npos) {
-            reasons[line.substr(0, tab)] = line.substr(tab + 1);
-        }
+    for (const DataRow& row : dataRows("sdp-explain/reasons.txt")) {
+        reasons[row.fields[0]] = row.fields[1];
     }
     std::vector<std::string> paths;
     for (const std::string& name : corpusFiles()) {

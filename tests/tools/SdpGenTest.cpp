@@ -41,20 +41,10 @@ TEST(SdpGen, CompletesTheSessionOrRefusesIt) {
 }
 
 TEST(SdpGen, TidiesTheTextForReceivers) {
-    const struct {
-        const char* in;
-        bool crlf;
-        const char* out;
-    } kCases[] = {
-        {"a=fmtp:96 sampling=RGB; depth=8; \n", false, "a=fmtp:96 sampling=RGB; depth=8\n"},
-        {"a=fmtp:96 channel-order=SMPTE2110.(ST)\n", false, "a=fmtp:96 channel-order=SMPTE2110.(ST)\n"},
-        {"c=IN IP4 192.0.2.1/32\nc=IN IP4 239.1.1.1/32\n", false,
-         "c=IN IP4 192.0.2.1\nc=IN IP4 239.1.1.1/32\n"},
-        {"v=0\nt=0 0\n", true, "v=0\r\nt=0 0\r\n"},
-        {"v=0\r\nt=0 0\r\n", false, "v=0\r\nt=0 0\r\n"},
-    };
-    for (const auto& c : kCases) {
-        EXPECT_EQ(tidyForReceivers(c.in, c.crlf), c.out) << c.in;
+    for (const DataRow& row : dataRows("sdp-gen/tidy.tsv")) {
+        EXPECT_EQ(tidyForReceivers(unescaped(row.fields[0]), row.fields[1] == "yes"),
+                  unescaped(row.fields[2]))
+            << row.where;
     }
 }
 

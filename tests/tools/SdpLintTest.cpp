@@ -15,47 +15,18 @@ using namespace pimav::detail;
 
 namespace {
 
-const std::string kLintData = kTestData + "sdp-lint/";
-
-struct LintCase {
-    std::string title;
-    std::vector<std::string> expected;  // rule@line
-    std::vector<std::string> options;
-    std::vector<std::string> lines;
-};
-
-// "=== title", "expect: ...", optional "options: ...", then the text; '#' lines outside
-// a case are comments.
-std::vector<LintCase> readCases(const std::string& path) {
-    std::vector<LintCase> cases;
-    std::istringstream in(readText(path));
-    std::string line;
-    while (std::getline(in, line)) {
-        if (line.rfind("=== ", 0) == 0) {
-            cases.push_back({line.substr(4), {}, {}, {}});
-        } else if (cases.empty()) {
-            continue;
-        } else if (line.rfind("expect:", 0) == 0 && cases.back().lines.empty()) {
-            cases.back().expected = words(line.substr(7));
-        } else if (line.rfind("options:", 0) == 0 && cases.back().lines.empty()) {
-            cases.back().options = words(line.substr(8));
-        } else {
-            cases.back().lines.push_back(line);
-        }
-    }
-    return cases;
-}
-
 // The case's text with the line ends its options ask for (CRLF by default).
-std::string textOf(const LintCase& c) {
+std::string textOf(const DataCase& c) {
+    const std::vector<std::string> options = words(c.get("options"));
     const auto has = [&](const std::string& word) {
-        return std::find(c.options.begin(), c.options.end(), word) != c.options.end();
+        return std::find(options.begin(), options.end(), word) != options.end();
     };
+    std::istringstream in(c.get("text"));
     std::string text;
-    for (size_t i = 0; i < c.lines.size(); ++i) {
-        const bool lf = has("lf") || (has("lf-lines:") && has(std::to_string(i + 1)));
-        const bool last = i + 1 == c.lines.size();
-        text += c.lines[i] + (last && has("no-final-eol") ? "" : lf ? "\n" : "\r\n");
+    for (std::string line; std::getline(in, line);) {
+        const bool lf = has("lf") || (has("lf-lines:") &&
+                                      has(std::to_string(std::count(text.begin(), text.end(), '\n') + 1)));
+        text += line + (in.peek() == EOF && has("no-final-eol") ? "" : lf ? "\n" : "\r\n");
     }
     return text;
 }
@@ -86,19 +57,11 @@ struct CorpusExpectation {
 };
 std::map<std::string, CorpusExpectation> corpusExpectations() {
     std::map<std::string, CorpusExpectation> out;
-    std::istringstream in(readText(kLintData + "corpus.txt"));
-    std::string line;
-    while (std::getline(in, line)) {
-        std::vector<std::string> fields = words(line);
-        if (fields.size() < 2 || fields[0][0] == '#') {
-            continue;
-        }
-        CorpusExpectation& e = out[fields[0]];
-        if (fields[1] != "-") {
-            std::replace(fields[1].begin(), fields[1].end(), ',', ' ');
-            e.profiles = words(fields[1]);
-        }
-        e.expected.assign(fields.begin() + 2, fields.end());
+    for (const DataRow& row : dataRows("sdp-lint/corpus.txt")) {
+        std::vector<std::string> fields = words(row.fields[0]);
+        std::replace(fields[1].begin(), fields[1].end(), ',', ' ');
+        out[fields[0]] = {fields[1] == "-" ? std::vector<std::string>{} : words(fields[1]),
+                          {fields.begin() + 2, fields.end()}};
     }
     return out;
 }
@@ -109,13 +72,13 @@ class LintProfile : public testing::TestWithParam<const char*> {};
 
 TEST_P(LintProfile, EveryCaseHasItsFindings) {
     const std::string profile = GetParam();
-    const std::vector<LintCase> cases = readCases(kLintData + profile + ".txt");
+    const std::vector<DataCase> cases = dataCases("sdp-lint/" + profile + ".txt");
     ASSERT_FALSE(cases.empty());
-    for (const LintCase& c : cases) {
-        SCOPED_TRACE(c.title);
+    for (const DataCase& c : cases) {
+        SCOPED_TRACE(c.where + " " + c.title);
         EXPECT_EQ(
             findings(textOf(c), profile == "general" ? std::vector<std::string>{} : std::vector{profile}),
-            sorted(c.expected));
+            sorted(words(c.get("expect"))));
     }
 }
 
@@ -145,8 +108,9 @@ TEST(SdpLint, EveryRuleIsDocumentedAndExercised) {
         << "docs/sdp-lint.md differs from `sdptool lint --rules`";
     std::set<std::string> expected;
     for (const char* file : kCaseFiles) {
-        for (const LintCase& c : readCases(kLintData + file + ".txt")) {
-            expected.insert(c.expected.begin(), c.expected.end());
+        for (const DataCase& c : dataCases("sdp-lint/" + std::string(file) + ".txt")) {
+            const std::vector<std::string> rules = words(c.get("expect"));
+            expected.insert(rules.begin(), rules.end());
         }
     }
     for (const auto& entry : corpusExpectations()) {
