@@ -4,7 +4,6 @@
 #include <chrono>
 #include <filesystem>
 #include <optional>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -87,6 +86,9 @@ TEST(IpcWire, DocumentsAreCompactAndParsingIsStrict) {
         {R"({"s":["\udc00"]})", "not UTF-8 at s[0]"},
         {"\"\xF4\x90\x80\x80\"", "not UTF-8 at <root>"},
         {"[\"\xE2\x82\"]", "not UTF-8"},
+        // Every byte after the lead byte must be a continuation byte.
+        {"\"\xE2\x82\x41\"", "not UTF-8"},
+        {"\"\xF0\x9F\x98\x41\"", "not UTF-8"},
         {"{\"x\":{\"\xFF\":1}}", "not UTF-8 at x.<member name>"},
     };
     for (const Case& c : cases) {
@@ -100,34 +102,6 @@ TEST(IpcWire, DocumentsAreCompactAndParsingIsStrict) {
     }
 }
 
-TEST(ClientJsonApi, ErrorCodesAreDistinctNamedAndBelowLibraryCodes) {
-    std::set<int> codes;
-    std::set<std::string> texts;
-    for (int code :
-         {ClientJsonApi::kErrNotInitialised, ClientJsonApi::kErrSocket, ClientJsonApi::kErrConnect,
-          ClientJsonApi::kErrSendFailed, ClientJsonApi::kErrTimeout, ClientJsonApi::kErrReceiveFailed,
-          ClientJsonApi::kErrBadReply, ClientJsonApi::kErrReplyNotJson, ClientJsonApi::kErrReplyTooLarge,
-          ClientJsonApi::kErrCurveKeys, ClientJsonApi::kErrKeyRefused}) {
-        EXPECT_LT(code, -23);
-        codes.insert(code);
-        texts.insert(ClientJsonApi::describeError(code));
-    }
-    EXPECT_EQ(codes.size(), 11u);
-    EXPECT_EQ(texts.size(), 11u);
-    EXPECT_EQ(texts.count(ClientJsonApi::describeError(-7)), 0u);
-}
-
-TEST(ClientJsonApi, BaseHooksHaveUsableDefaults) {
-    ClientJsonApi base;
-    EXPECT_EQ(base.getClientTimeout(), 150000);
-    std::string description = "x";
-    EXPECT_EQ(base.getCommandDescription(12, description), 0);
-    EXPECT_EQ(description, "command 12");
-    ErrorReport report;
-    EXPECT_EQ(base.getLastErrorMessage(report), 0);
-    EXPECT_EQ(report.code, 0);
-}
-
 TEST(ClientJsonApi, SendsDocumentedFramesAndReturnsReplyDocument) {
     FakeDaemon daemon;
     const Json::Value answer = jsonOf(R"({"list":[{"id":1,"name":"a"}],"n":1.5,"s":"\u00e9"})");
@@ -135,12 +109,10 @@ TEST(ClientJsonApi, SendsDocumentedFramesAndReturnsReplyDocument) {
     zmq::context_t ctx;
     EndpointClient client(daemon.endpoint());
     ASSERT_EQ(client.init(ctx), 0);
-
     IpcMsg withDoc(0x01020304u, jsonOf(R"({"pause": true, "id": 7})"));
     Json::Value reply = jsonOf(R"({"stale":1})");
     ASSERT_EQ(client.sendMessage(withDoc, reply), 0);
     EXPECT_EQ(reply, answer);  // replaced, not merged
-
     IpcMsg noDoc(5);
     ASSERT_EQ(client.sendMessage(noDoc, reply), 0);
 
@@ -151,7 +123,6 @@ TEST(ClientJsonApi, SendsDocumentedFramesAndReturnsReplyDocument) {
     EXPECT_EQ(seen[0].documentText, R"({"id":7,"pause":true})");
     EXPECT_EQ(seen[1].frameCount, 2u);
     EXPECT_EQ(seen[1].commandId, 5u);
-    EXPECT_FALSE(seen[1].hasDocument);
     EXPECT_TRUE(seen[1].documentText.empty());
 }
 
@@ -162,15 +133,8 @@ TEST(ClientJsonApi, SendBeforeInitFailsWithReport) {
     Json::Value reply = "untouched";
     EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrNotInitialised);
     EXPECT_EQ(reply, Json::Value("untouched"));
-    ASSERT_EQ(capture.at(2).size(), 1u);
-    EXPECT_NE(capture.at(2)[0].find("command 4 (cmd-4) failed with -101"), std::string::npos)
-        << capture.at(2)[0];
-    ErrorReport report;
-    client.getLastErrorMessage(report);
-    EXPECT_EQ(report.code, ClientJsonApi::kErrNotInitialised);
-    EXPECT_EQ(report.commandId, 4u);
-    EXPECT_EQ(report.commandDescription, "cmd-4");
-    EXPECT_EQ(report.text.rfind("client not initialised", 0), 0u) << report.text;
+    EXPECT_TRUE(capture.matches(2, {"ClientJsonApi: command 4 (cmd-4) failed with -101, client not initialised: *"}))
+        << ::testing::PrintToString(capture.at(2));
 }
 
 TEST(ClientJsonApi, RefusedEndpointFailsInitAndEverySendUntilFixed) {
@@ -193,105 +157,88 @@ TEST(ClientJsonApi, RefusedEndpointFailsInitAndEverySendUntilFixed) {
     EXPECT_EQ(client.sendMessage(msg, reply), 0);
 }
 
-TEST(ClientJsonApi, SilentDaemonTimesOutAndNextCallSucceeds) {
-    FakeDaemon daemon;
-    daemon.replyWith(jsonOf(R"({"ok":true})"));
-    daemon.silentFor(1);
-    zmq::context_t ctx;
-    EndpointClient client(daemon.endpoint(), 300);
-    ASSERT_EQ(client.init(ctx), 0);
-    LogCapture capture;
-
-    IpcMsg msg(9, jsonOf(R"({"pos":1})"));
-    Json::Value reply = "untouched";
-    const auto start = Clock::now();
-    EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrTimeout);
-    const long waited = msSince(start);
-    EXPECT_GE(waited, 290);
-    EXPECT_LT(waited, 10000);
-    EXPECT_EQ(reply, Json::Value("untouched"));
-    ASSERT_EQ(capture.at(2).size(), 1u);
-    EXPECT_NE(capture.at(2)[0].find("no reply from " + daemon.endpoint() + " within 300 ms"),
-              std::string::npos)
-        << capture.at(2)[0];
-
-    // Same object, same daemon: a stuck REQ socket would refuse this send.
-    ASSERT_EQ(client.sendMessage(msg, reply), 0);
-    EXPECT_EQ(reply, jsonOf(R"({"ok":true})"));
-    EXPECT_EQ(daemon.requestCount(), 2u);
-    ErrorReport report;
-    client.getLastErrorMessage(report);
-    EXPECT_EQ(report.code, ClientJsonApi::kErrTimeout);  // kept after a later success
-    EXPECT_EQ(report.commandId, 9u);
-}
-
-TEST(ClientJsonApi, NoDaemonAtAllTimesOutWithoutHanging) {
+TEST(ClientJsonApi, NoDaemonAtAllTimesOutEveryTime) {
     zmq::context_t ctx;
     EndpointClient client(deadEndpoint(), 200);
     ASSERT_EQ(client.init(ctx), 0);  // connecting is asynchronous
-    LogCapture capture;
     IpcMsg msg(5);
     Json::Value reply;
-    for (int i = 0; i < 2; ++i) {
-        const auto start = Clock::now();
-        EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrTimeout);
-        EXPECT_LT(msSince(start), 10000);
-    }
-    EXPECT_EQ(capture.at(2).size(), 2u);
+    EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrTimeout);
+    EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrTimeout);
 }
 
-// Replies that must not break the client: each returns its code, within a time far below
-// the client's limit, and the next exchange on the same object works.
-TEST(ClientJsonApi, BadRepliesReturnTheirCodeAndTheNextCallWorks) {
+// One exchange per row with a daemon that answers the row's frames (none: no answer). Each
+// returns its code well before the client's limit, logs its level 2 line (a pattern of
+// LogCapture) and leaves its report, which a later success keeps; the next exchange on the
+// same object works.
+TEST(ClientJsonApi, EachReplyDecidesTheResultAndTheNextCallWorks) {
     constexpr int64_t kLimit = 1024;
     const auto jsonOfSize = [](size_t size) { return "\"" + std::string(size - 2, 'x') + "\""; };
+    constexpr int kTimeout = ClientJsonApi::kErrTimeout, kNotJson = ClientJsonApi::kErrReplyNotJson,
+                  kBadReply = ClientJsonApi::kErrBadReply;
+    FakeDaemon daemon;
     struct Case {
         const char* name;
         std::vector<std::string> frames;
         int code;
-        const char* logged;  // in the level 2 line
+        std::string logged;
         int64_t maxReplyBytes = ClientJsonApi::kDefaultMaxReplyBytes;
     };
+    const std::string failed = "ClientJsonApi: command 22 (cmd-22) failed with ";
+    const std::string refused = "ClientJsonApi: command 22 (cmd-22) refused by the daemon with ";
+    // clang-format off
     const Case cases[] = {
-        {"not JSON", {"<html>"}, ClientJsonApi::kErrReplyNotJson, "reply is not a JSON document"},
-        {"empty frame", {""}, ClientJsonApi::kErrReplyNotJson, "empty text"},
-        {"two frames", {"{}", "{}"}, ClientJsonApi::kErrBadReply, "has 2 frames"},
-        {"three frames", {"1", "2", "3"}, ClientJsonApi::kErrBadReply, "has 3 frames"},
-        {"nested 1,001 levels",
-         {std::string(1001, '[') + std::string(1001, ']')},
-         ClientJsonApi::kErrReplyNotJson,
-         "stackLimit"},
-        {"invalid UTF-8", {"{\"name\":\"caf\xE9\"}"}, ClientJsonApi::kErrReplyNotJson, "not UTF-8 at name"},
-        {"one byte over the size limit",
-         {jsonOfSize(kLimit + 1)},
-         ClientJsonApi::kErrReplyTooLarge,
-         "dropped while the reply arrived (limit 1024 bytes)",
-         kLimit},
-        {"exactly the size limit", {jsonOfSize(kLimit)}, 0, nullptr, kLimit},
+        {"no answer", {}, kTimeout, failed + "-105, *: no reply from " + daemon.endpoint() + " within 300 ms"},
+        {"not JSON", {"<html>"}, kNotJson, failed + "-108, reply is not a JSON document: *"},
+        {"empty frame", {""}, kNotJson, "*empty text*"},
+        {"two frames", {"{}", "{}"}, kBadReply, "*has 2 frames"},
+        {"three frames", {"1", "2", "3"}, kBadReply, "*has 3 frames"},
+        {"nested 1,001 levels", {std::string(1001, '[') + std::string(1001, ']')}, kNotJson, "*stackLimit*"},
+        {"invalid UTF-8", {"{\"name\":\"caf\xE9\"}"}, kNotJson, "*not UTF-8 at name*"},
+        {"one byte over the size limit", {jsonOfSize(kLimit + 1)}, ClientJsonApi::kErrReplyTooLarge,
+         "*dropped while the reply arrived (limit 1024 bytes)", kLimit},
+        {"exactly the size limit", {jsonOfSize(kLimit)}, 0, "", kLimit},
+        {"refusal", {R"({"error":{"code":-16,"message":"no session with id 9"}})"}, -16,
+         refused + "-16, refused by the daemon: no session with id 9"},
+        {"refusal without a message", {R"({"error":{"code":-1,"message":"","user-messages":["PTP"]}})"}, -1,
+         refused + "-1, refused by the daemon"},
+        {"error code 0", {R"({"error":{"code":0}})"}, 0, ""},
+        {"error code as text", {R"({"error":{"code":"-16"}})"}, 0, ""},
+        {"error as text", {R"({"error":"text"})"}, 0, ""},
+        {"errors", {R"({"errors":{"code":-16}})"}, 0, ""},
     };
-    FakeDaemon daemon;
+    // clang-format on
     zmq::context_t ctx;
     EndpointClient client(daemon.endpoint());
-    client.setClientTimeoutMs(20000);
     ASSERT_EQ(client.init(ctx), 0);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
+        const int limitMs = c.frames.empty() ? 300 : 20000;
+        client.setClientTimeoutMs(limitMs);
         client.setMaxReplyBytes(c.maxReplyBytes);
-        daemon.queue(FakeDaemon::Action::rawFrames(c.frames));
+        daemon.queue(c.frames.empty() ? FakeDaemon::Action::silent() : FakeDaemon::Action::rawFrames(c.frames));
         daemon.queueReply(jsonOf(R"({"next":true})"));
         LogCapture capture;
         IpcMsg msg(22);
         Json::Value reply = "untouched";
         const auto start = Clock::now();
         EXPECT_EQ(client.sendMessage(msg, reply), c.code);
-        EXPECT_LT(msSince(start), 5000);
-        if (c.code < 0) {
-            EXPECT_EQ(reply, Json::Value("untouched"));
-            ASSERT_EQ(capture.at(2).size(), 1u);
-            EXPECT_NE(capture.at(2)[0].find(c.logged), std::string::npos) << capture.at(2)[0];
-        }
+        const long waited = msSince(start);
+        EXPECT_LT(waited, 5000);
+        EXPECT_GE(waited, c.code == kTimeout ? limitMs - 10 : 0);
+        // The daemon's own codes lie above the library's: its document is handed over.
+        EXPECT_EQ(reply, c.code > ClientJsonApi::kErrNotInitialised ? jsonOf(c.frames[0]) : Json::Value("untouched"));
+        EXPECT_TRUE(capture.matches(2, c.code < 0 ? std::vector<std::string>{c.logged} : std::vector<std::string>{}))
+            << ::testing::PrintToString(capture.at(2));
         ASSERT_EQ(client.sendMessage(msg, reply), 0);
         EXPECT_EQ(reply, jsonOf(R"({"next":true})"));
+        if (c.code < 0) {
+            ErrorReport report;
+            client.getLastErrorMessage(report);
+            EXPECT_EQ(report.code, c.code);
+            EXPECT_EQ(report.commandId, 22u);
+            EXPECT_EQ(report.commandDescription, "cmd-22");
+        }
     }
 }
 
@@ -336,49 +283,6 @@ TEST(ClientJsonApi, TimeLimitComesFromTheHostThenTheEnvironmentThenTheHook) {
                                 "\" ignored: not a time limit in milliseconds"),
                   c.refusalLogged ? 1u : 0u);
     }
-}
-
-TEST(ClientJsonApi, DaemonRefusalsBecomeTheirNegativeCode) {
-    struct Case {
-        const char* reply;
-        int result;
-    };
-    const Case cases[] = {
-        {R"({"error":{"code":-16,"message":"no session with id 9"}})", -16},
-        {R"({"error":{"code":-1,"message":"","user-messages":["Reference clock must be PTP."]}})", -1},
-        // Not a refusal: no negative integer code.
-        {R"({"error":{"code":0}})", 0},
-        {R"({"error":{"code":"-16"}})", 0},
-        {R"({"error":"text"})", 0},
-        {R"({"errors":{"code":-16}})", 0},
-    };
-    FakeDaemon daemon;
-    zmq::context_t ctx;
-    EndpointClient client(daemon.endpoint());
-    ASSERT_EQ(client.init(ctx), 0);
-    for (const Case& c : cases) {
-        daemon.replyWith(jsonOf(c.reply));
-        LogCapture capture;
-        IpcMsg msg(4, jsonOf(R"({"id":9})"));
-        Json::Value reply;
-        EXPECT_EQ(client.sendMessage(msg, reply), c.result) << c.reply;
-        EXPECT_EQ(reply, jsonOf(c.reply)) << "the refusal document is handed over";
-        EXPECT_EQ(capture.at(2).size(), c.result < 0 ? 1u : 0u) << c.reply;
-    }
-    ErrorReport report;
-    client.getLastErrorMessage(report);
-    EXPECT_EQ(report.code, -1);
-    EXPECT_EQ(report.text, "refused by the daemon");
-    EXPECT_EQ(report.commandId, 4u);
-    EXPECT_EQ(report.commandDescription, "cmd-4");
-
-    daemon.replyWith(jsonOf(R"({"error":{"code":-16,"message":"no session with id 9"}})"));
-    LogCapture capture;
-    IpcMsg msg(4);
-    Json::Value reply;
-    client.sendMessage(msg, reply);
-    EXPECT_EQ(capture.at(2).at(0),
-              "ClientJsonApi: command 4 (cmd-4) refused by the daemon with -16, refused by the daemon: no session with id 9");
 }
 
 TEST(ClientJsonApi, ReinitSwitchesEndpointAndARestartedDaemonIsReachedAgain) {
