@@ -16,6 +16,7 @@
 #include "support/JsonText.h"
 #include "support/LogCapture.h"
 #include "support/ScopedEnv.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
@@ -161,6 +162,7 @@ TEST(ClientJsonApi, NoDaemonAtAllTimesOutEveryTime) {
     zmq::context_t ctx;
     EndpointClient client(deadEndpoint(), 200);
     ASSERT_EQ(client.init(ctx), 0);  // connecting is asynchronous
+    LogCapture quiet;
     IpcMsg msg(5);
     Json::Value reply;
     EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrTimeout);
@@ -242,46 +244,22 @@ TEST(ClientJsonApi, EachReplyDecidesTheResultAndTheNextCallWorks) {
     }
 }
 
-// Precedence of the reply time limit: the host's setter, then AVMNG_TIMEOUT_MS, then the
-// hook (whose result <= 0 means the default).
+// tests/data/platform/time-limits.tsv: the host's setter, then AVMNG_TIMEOUT_MS, then the hook.
 TEST(ClientJsonApi, TimeLimitComesFromTheHostThenTheEnvironmentThenTheHook) {
-    struct Case {
-        const char* environment;  // nullptr: unset
-        int hostSetting;          // -1: the setter is not called
-        int hook;
-        int expected;
-        bool refusalLogged;
-    };
-    const Case cases[] = {
-        {nullptr, -1, 3000, 3000, false},
-        {nullptr, -1, 0, ClientJsonApi::kDefaultClientTimeoutMs, false},
-        {"300", -1, 3000, 300, false},
-        {"300", 700, 3000, 700, false},
-        {"300", 0, 3000, 3000, false},
-        {"2147483647", -1, 3000, 2147483647, false},
-        {"", -1, 3000, 3000, false},
-        {"abc", -1, 3000, 3000, true},
-        {"0", -1, 3000, 3000, true},
-        {"-300", -1, 3000, 3000, true},
-        {"300ms", -1, 3000, 3000, true},
-        {"2147483648", -1, 3000, 3000, true},
-        {"99999999999999999999", -1, 3000, 3000, true},
-    };
     zmq::context_t ctx;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.environment ? c.environment : "(unset)") + " host " +
-                     std::to_string(c.hostSetting));
-        ScopedEnv env("AVMNG_TIMEOUT_MS", c.environment);
+    for (const DataRow& row : dataRows("platform/time-limits.tsv")) {
+        SCOPED_TRACE(row.where);
+        const std::vector<std::string>& f = row.fields;
+        ScopedEnv env("AVMNG_TIMEOUT_MS", f[0] == "-" ? nullptr : f[0].c_str());
         LogCapture capture;
-        EndpointClient client(deadEndpoint(), c.hook);
-        if (c.hostSetting >= 0) {
-            client.setClientTimeoutMs(c.hostSetting);
+        EndpointClient client(deadEndpoint(), std::stoi(f[2]));
+        if (f[1] != "-") {
+            client.setClientTimeoutMs(std::stoi(f[1]));
         }
         ASSERT_EQ(client.init(ctx), 0);
-        EXPECT_EQ(client.clientTimeoutMs(), c.expected);
-        EXPECT_EQ(capture.count("AVMNG_TIMEOUT_MS=\"" + std::string(c.environment ? c.environment : "") +
-                                "\" ignored: not a time limit in milliseconds"),
-                  c.refusalLogged ? 1u : 0u);
+        EXPECT_EQ(client.clientTimeoutMs(), std::stoi(f[3]));
+        EXPECT_EQ(capture.count("AVMNG_TIMEOUT_MS=\"" + f[0] + "\" ignored: not a time limit in milliseconds"),
+                  f[4] == "1" ? 1u : 0u);
     }
 }
 
