@@ -16,21 +16,10 @@ using namespace pimav::detail;
 
 namespace {
 
-std::string tempDir() {
-    std::string pattern = "/tmp/pimav-keys-XXXXXX";
-    return ::mkdtemp(pattern.data());
-}
-
 std::string writeText(const std::string& path, const std::string& text, mode_t mode = 0600) {
     std::ofstream(path, std::ios::binary) << text;
     ::chmod(path.c_str(), mode);
     return path;
-}
-
-mode_t modeOf(const std::string& path) {
-    struct stat st {};
-    ::stat(path.c_str(), &st);
-    return st.st_mode & 07777;
 }
 
 class CurveKeys : public ::testing::Test {
@@ -41,7 +30,8 @@ protected:
         }
         ASSERT_TRUE(generateCurveKeyPair(pair).ok());
         ASSERT_TRUE(generateCurveKeyPair(other).ok());
-        dir = tempDir();
+        dir = "/tmp/pimav-keys-XXXXXX";
+        ASSERT_NE(::mkdtemp(dir.data()), nullptr);
     }
     void TearDown() override {
         if (!dir.empty()) {
@@ -59,7 +49,8 @@ TEST_F(CurveKeys, KeygenFilesHaveTheirFormsReadBackAndResolve) {
     EXPECT_EQ(readText(base + ".pub"), pair.publicKey + "\n");
     EXPECT_EQ(readText(base + ".key"),
               "public-key=" + pair.publicKey + "\nsecret-key=" + pair.secretKey + "\n");
-    EXPECT_EQ(modeOf(base + ".key"), 0600u);
+    EXPECT_EQ(std::filesystem::status(base + ".key").permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 
     CurveKeyPair back;
     const KeyStatus read = readCurveKeyFile(base + ".key", back);

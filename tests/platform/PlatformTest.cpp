@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "pimAvMngApi/platform/Alarm.h"
@@ -73,17 +74,13 @@ TEST(VideoFormat, EveryCodeBothWays) {
         unsigned w = 0, h = 0;
         bool il = !interlaced;
         EXPECT_EQ(f.getVideoDetails(rate, w, h, il), 0);
-        EXPECT_EQ(rate, rates.at(row[7]));
-        EXPECT_EQ(w, width);
-        EXPECT_EQ(h, height);
-        EXPECT_EQ(il, interlaced);
+        EXPECT_EQ(std::make_tuple(rate, w, h, il), std::make_tuple(rates.at(row[7]), width, height, interlaced));
         EXPECT_EQ(f.getVideoFrameRate(), setRate);
 
         VF set;
-        EXPECT_EQ(set.setVideoWidth(width), 0);
-        EXPECT_EQ(set.setVideoHeight(height), 0);
-        EXPECT_EQ(set.setVideoInterlace(interlaced), 0);
-        EXPECT_EQ(set.setVideoFrameRate(setRate), 0);
+        EXPECT_EQ(set.setVideoWidth(width) | set.setVideoHeight(height) | set.setVideoInterlace(interlaced) |
+                      set.setVideoFrameRate(setRate),
+                  0);
         EXPECT_EQ(set.checkVideoDetailConsistency(), 0);
         EXPECT_EQ(set, f);
 
@@ -233,39 +230,34 @@ TEST(ConvertJsonToString, RendersSingleLineSortedCompact) {
     EXPECT_EQ(text, R"({"a":[1,2],"b":{"x":"y"},"c":{}})");
 }
 
-class SystemDefaultCfgTest : public ::testing::Test {
-protected:
-    void TearDown() override { cfg->resetToDefaults(); }
-    static IpAddress ip(const char* text) {
-        IpAddress a;
-        EXPECT_TRUE(a.fromString(text));
-        return a;
-    }
+// Loopback is always up; its bytes are not symmetric, so byte order counts.
+TEST(SystemDefaultCfg, CfgFilePathAndLocalAddresses) {
     SystemDefaultCfg* cfg = SystemDefaultCfg::getInstance();
-};
-
-TEST_F(SystemDefaultCfgTest, CfgFilePathEndsWithOneSeparator) {
     EXPECT_EQ(cfg->getCfgFilePath(nullptr), -4);
     std::string path;
-    cfg->setCfgFilePath("/var/x/");
+    cfg->setCfgFilePath("/var/x/");  // a separator is added only when missing
     EXPECT_EQ(cfg->getCfgFilePath(&path), 0);
     EXPECT_EQ(path, "/var/x/");
-}
-
-// Loopback is always up; its bytes are not symmetric, so byte order counts.
-TEST_F(SystemDefaultCfgTest, LocalAddressesComeFromTheInterfacesOrTheTest) {
-    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
-    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("192.0.2.77")));  // documentation range
+    const auto local = [cfg](const char* text) {
+        IpAddress a;
+        a.fromString(text);
+        return cfg->isLocalBoardIpAddr(a);
+    };
+    EXPECT_TRUE(local("127.0.0.1"));
+    EXPECT_FALSE(local("192.0.2.77"));  // documentation range
     EXPECT_FALSE(cfg->isLocalBoardIpAddr(IpAddress()));
-    cfg->addLocalIpAddr(ip("192.0.2.77"));
-    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("192.0.2.77")));
-    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
-    cfg->setLocalIpAddrs({ip("198.51.100.1")});
-    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("198.51.100.1")));
-    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
-    cfg->resetLocalIpAddrs();
-    EXPECT_FALSE(cfg->isLocalBoardIpAddr(ip("198.51.100.1")));
-    EXPECT_TRUE(cfg->isLocalBoardIpAddr(ip("127.0.0.1")));
+    IpAddress added, only;
+    added.fromString("192.0.2.77");
+    only.fromString("198.51.100.1");
+    cfg->addLocalIpAddr(added);
+    EXPECT_TRUE(local("192.0.2.77"));
+    EXPECT_TRUE(local("127.0.0.1"));
+    cfg->setLocalIpAddrs({only});
+    EXPECT_TRUE(local("198.51.100.1"));
+    EXPECT_FALSE(local("127.0.0.1"));
+    cfg->resetToDefaults();
+    EXPECT_FALSE(local("198.51.100.1"));
+    EXPECT_TRUE(local("127.0.0.1"));
 }
 
 }  // namespace
