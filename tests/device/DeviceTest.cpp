@@ -50,33 +50,32 @@ TEST_F(DeviceTest, RecordScripts) {
          settingKind<BoardModel, BoardModelType>([](BoardModel& b, BoardModelType m) { b.m_model = m; })},
         {"BitstreamType", recordKind<BitstreamType, BitstreamType::module_t>()},
         {"Codec", recordKind<Codec, uint32_t>()},
-        {"CfgFileTable",
-         recordKind<CfgFileTable>({{"call", recordAction<CfgFileTable>([](CfgFileTable& t, std::istream& args) {
-                                        std::string call, name;
-                                        unsigned pos = 0;
-                                        uint32_t size = 0;
-                                        args >> call;
-                                        int result = 0;
-                                        if (call == "set" && args >> pos >> name >> size) {
-                                            result = t.setFileInfo(pos, name == "-" ? "" : name, size);
-                                        } else if (call == "clear" && args >> pos) {
-                                            result = t.clearFileInfo(pos);
-                                        } else if (call == "startup" && args >> pos) {
-                                            result = t.setStartupPosition(pos);
-                                        } else if (call == "default") {
-                                            result = t.setStartupPositiontoDefault();
-                                        } else if (call == "first-empty") {
-                                            result = t.getFirstEmptyPosition();
-                                        } else if (call == "size" && args >> pos) {
-                                            const CfgFileInfo* info = t.getFileInfo(pos);
-                                            result = info != nullptr ? static_cast<int>(info->m_size) : -1;
-                                        } else {
-                                            ADD_FAILURE() << "unknown call " << call;
-                                        }
-                                        int expected = 0;
-                                        args >> expected;
-                                        EXPECT_EQ(result, expected) << call << " " << pos;
-                                    })}})},
+        {"CfgFileTable", recordKind<CfgFileTable>(
+                             {{"call", recordAction<CfgFileTable>([](CfgFileTable& t, std::istream& args) {
+                                   std::string call, name;
+                                   unsigned pos = 0, size = 0;
+                                   args >> call;
+                                   int result = 0;
+                                   if (call == "set" && args >> pos >> name >> size) {
+                                       result = t.setFileInfo(pos, name == "-" ? "" : name, size);
+                                   } else if (call == "clear" && args >> pos) {
+                                       result = t.clearFileInfo(pos);
+                                   } else if (call == "startup" && args >> pos) {
+                                       result = t.setStartupPosition(pos);
+                                   } else if (call == "default") {
+                                       result = t.setStartupPositiontoDefault();
+                                   } else if (call == "first-empty") {
+                                       result = t.getFirstEmptyPosition();
+                                   } else if (call == "size" && args >> pos) {
+                                       const CfgFileInfo* info = t.getFileInfo(pos);
+                                       result = info != nullptr ? static_cast<int>(info->m_size) : -1;
+                                   } else {
+                                       ADD_FAILURE() << "unknown call " << call;
+                                   }
+                                   int expected = 0;
+                                   args >> expected;
+                                   EXPECT_EQ(result, expected) << call << " " << pos;
+                               })}})},
         {"ClockConfig", recordKind<ClockConfig>()},
         {"ClockCounters", recordKind<ClockCounters>()},
         {"ClockStatus",

@@ -21,6 +21,8 @@ using namespace pimav::detail;
 
 namespace {
 
+using Lines = std::vector<std::string>;
+
 // A bare transport aimed at an endpoint of the test's choosing.
 class EndpointClient : public ClientJsonApi {
 public:
@@ -35,12 +37,6 @@ public:
     std::string endpoint;
     int timeoutMs;
 };
-
-// An endpoint on which nothing listens: a daemon's port, freed again.
-std::string deadEndpoint() {
-    FakeDaemon gone;
-    return gone.endpoint();
-}
 
 TEST(IpcWire, CommandIdIsFourLittleEndianBytes) {
     EXPECT_EQ(encodeCommandId(0x01020304u), std::string("\x04\x03\x02\x01", 4));
@@ -57,8 +53,7 @@ TEST(IpcWire, CommandIdIsFourLittleEndianBytes) {
 }
 
 TEST(IpcWire, DocumentsAreCompactAndParsingIsStrict) {
-    EXPECT_EQ(renderDocument(jsonOf(R"({"b": [1, 2], "a": {"x": "y"}})")),
-              R"({"a":{"x":"y"},"b":[1,2]})");
+    EXPECT_EQ(renderDocument(jsonOf(R"({"b": [1, 2], "a": {"x": "y"}})")), R"({"a":{"x":"y"},"b":[1,2]})");
     struct Case {
         std::string text;
         const char* refusal;  // nullptr: accepted
@@ -102,7 +97,8 @@ TEST(ClientJsonApi, SendBeforeInitFailsWithReport) {
     Json::Value reply = "untouched";
     EXPECT_EQ(client.sendMessage(msg, reply), ClientJsonApi::kErrNotInitialised);
     EXPECT_EQ(reply, Json::Value("untouched"));
-    EXPECT_TRUE(capture.matches(2, {"ClientJsonApi: command 4 (cmd-4) failed with -101, client not initialised: *"}))
+    EXPECT_TRUE(
+        capture.matches(2, {"ClientJsonApi: command 4 (cmd-4) failed with -101, client not initialised: *"}))
         << ::testing::PrintToString(capture.at(2));
 }
 
@@ -169,7 +165,8 @@ TEST(ClientJsonApi, EachReplyDecidesTheResultAndTheNextCallWorks) {
         const int limitMs = c.frames.empty() ? 300 : 20000;
         client.setClientTimeoutMs(limitMs);
         client.setMaxReplyBytes(c.maxReplyBytes);
-        daemon.queue(c.frames.empty() ? FakeDaemon::Action::silent() : FakeDaemon::Action::rawFrames(c.frames));
+        daemon.queue(c.frames.empty() ? FakeDaemon::Action::silent()
+                                      : FakeDaemon::Action::rawFrames(c.frames));
         daemon.queueReply(jsonOf(R"({"next":true})"));
         LogCapture capture;
         Json::Value reply = stale;
@@ -180,7 +177,7 @@ TEST(ClientJsonApi, EachReplyDecidesTheResultAndTheNextCallWorks) {
         EXPECT_GE(waited, std::chrono::milliseconds(c.code == kTimeout ? limitMs - 10 : 0));
         // The daemon's own codes lie above the library's: its document is handed over.
         EXPECT_EQ(reply, c.code > ClientJsonApi::kErrNotInitialised ? jsonOf(c.frames[0]) : stale);
-        EXPECT_TRUE(capture.matches(2, c.code < 0 ? std::vector<std::string>{c.logged} : std::vector<std::string>{}))
+        EXPECT_TRUE(capture.matches(2, c.code < 0 ? Lines{c.logged} : Lines{}))
             << ::testing::PrintToString(capture.at(2));
         ASSERT_EQ(client.sendMessage(next, reply), 0);
         EXPECT_EQ(reply, jsonOf(R"({"next":true})"));
@@ -211,14 +208,15 @@ TEST(ClientJsonApi, TimeLimitComesFromTheHostThenTheEnvironmentThenTheHook) {
         const std::vector<std::string>& f = row.fields;
         ScopedEnv env("AVMNG_TIMEOUT_MS", f[0] == "-" ? nullptr : f[0].c_str());
         LogCapture capture;
-        EndpointClient client(deadEndpoint(), std::stoi(f[2]));
+        EndpointClient client("tcp://127.0.0.1:1", std::stoi(f[2]));  // init connects later
         if (f[1] != "-") {
             client.setClientTimeoutMs(std::stoi(f[1]));
         }
         ASSERT_EQ(client.init(ctx), 0);
         EXPECT_EQ(client.clientTimeoutMs(), std::stoi(f[3]));
-        EXPECT_EQ(capture.count("AVMNG_TIMEOUT_MS=\"" + f[0] + "\" ignored: not a time limit in milliseconds"),
-                  f[4] == "1" ? 1u : 0u);
+        EXPECT_EQ(
+            capture.count("AVMNG_TIMEOUT_MS=\"" + f[0] + "\" ignored: not a time limit in milliseconds"),
+            f[4] == "1" ? 1u : 0u);
     }
 }
 
@@ -329,7 +327,8 @@ TEST(ClientJsonApiCurve, KeysFromTheEnvironmentOrTheHostEncryptOrFailInit) {
     dir.pop_back();
     const auto expand = [&](std::string text) {
         for (const auto& [name, value] : {std::pair<std::string, std::string>{"{server}", server.publicKey},
-                                          {"{other}", keys.publicKey("unknown")}, {"{dir}", dir}}) {
+                                          {"{other}", keys.publicKey("unknown")},
+                                          {"{dir}", dir}}) {
             for (size_t at; (at = text.find(name)) != std::string::npos;) {
                 text.replace(at, name.size(), value);
             }

@@ -93,7 +93,8 @@ TEST_F(CurveKeys, ReadersRefuseAnythingButTheExactForms) {
         SCOPED_TRACE(row.where + " " + row.fields[0]);
         const bool secretFile = row.fields[1] == "key";
         const std::string text = unescaped(row.fields[3]);
-        const std::string path = writeText(dir + "/k." + row.fields[1], text, std::stoul(row.fields[2], nullptr, 8));
+        const std::string path =
+            writeText(dir + "/k." + row.fields[1], text, std::stoul(row.fields[2], nullptr, 8));
         const std::string& error = row.fields[4];
         const std::string& warning = row.fields[5];
         CurveKeyPair readPair;
@@ -102,7 +103,8 @@ TEST_F(CurveKeys, ReadersRefuseAnythingButTheExactForms) {
             secretFile ? readCurveKeyFile(path, readPair) : readCurvePublicKeyFile(path, readPublic);
         if (error == "-") {
             EXPECT_TRUE(status.ok()) << status.error;
-            EXPECT_EQ(secretFile ? "public-key=" + readPair.publicKey + "\nsecret-key=" + readPair.secretKey : readPublic,
+            EXPECT_EQ(secretFile ? "public-key=" + readPair.publicKey + "\nsecret-key=" + readPair.secretKey
+                                 : readPublic,
                       text.substr(0, text.find_last_not_of('\n') + 1));
             EXPECT_EQ(status.warning, warning == "-" ? "" : path + ": " + warning);
         } else {

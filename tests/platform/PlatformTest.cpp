@@ -74,7 +74,8 @@ TEST(VideoFormat, EveryCodeBothWays) {
         unsigned w = 0, h = 0;
         bool il = !interlaced;
         EXPECT_EQ(f.getVideoDetails(rate, w, h, il), 0);
-        EXPECT_EQ(std::make_tuple(rate, w, h, il), std::make_tuple(rates.at(row[7]), width, height, interlaced));
+        EXPECT_EQ(std::make_tuple(rate, w, h, il),
+                  std::make_tuple(rates.at(row[7]), width, height, interlaced));
         EXPECT_EQ(f.getVideoFrameRate(), setRate);
 
         VF set;
@@ -192,8 +193,6 @@ TEST(Logger, FiltersBeforeFormattingAndKeepsLongLines) {
         Logger::getInstance()->logMessage(4, "notice %s", "x");
         Logger::getInstance()->logMessage(7, "trace %s", "y");
         EXPECT_EQ(capture.texts(), (Lines{"error 1", "notice x"}));
-        EXPECT_FALSE(Logger::isEnabled(5));
-        EXPECT_TRUE(Logger::isEnabled(4));
     }
     LogCapture capture;
     const std::string big(100000, 'x');
