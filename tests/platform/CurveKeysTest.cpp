@@ -7,37 +7,19 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 
 #include "platform/CurveKeys.h"
+#include "support/TestData.h"
 
 using namespace pimav::detail;
 
 namespace {
 
-std::string tempDir() {
-    std::string pattern = "/tmp/pimav-keys-XXXXXX";
-    return ::mkdtemp(pattern.data());
-}
-
-std::string readText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 std::string writeText(const std::string& path, const std::string& text, mode_t mode = 0600) {
     std::ofstream(path, std::ios::binary) << text;
     ::chmod(path.c_str(), mode);
     return path;
-}
-
-mode_t modeOf(const std::string& path) {
-    struct stat st {};
-    ::stat(path.c_str(), &st);
-    return st.st_mode & 07777;
 }
 
 class CurveKeys : public ::testing::Test {
@@ -48,7 +30,8 @@ protected:
         }
         ASSERT_TRUE(generateCurveKeyPair(pair).ok());
         ASSERT_TRUE(generateCurveKeyPair(other).ok());
-        dir = tempDir();
+        dir = "/tmp/pimav-keys-XXXXXX";
+        ASSERT_NE(::mkdtemp(dir.data()), nullptr);
     }
     void TearDown() override {
         if (!dir.empty()) {
@@ -66,7 +49,8 @@ TEST_F(CurveKeys, KeygenFilesHaveTheirFormsReadBackAndResolve) {
     EXPECT_EQ(readText(base + ".pub"), pair.publicKey + "\n");
     EXPECT_EQ(readText(base + ".key"),
               "public-key=" + pair.publicKey + "\nsecret-key=" + pair.secretKey + "\n");
-    EXPECT_EQ(modeOf(base + ".key"), 0600u);
+    EXPECT_EQ(std::filesystem::status(base + ".key").permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 
     CurveKeyPair back;
     const KeyStatus read = readCurveKeyFile(base + ".key", back);
@@ -103,62 +87,29 @@ TEST_F(CurveKeys, KeygenFilesHaveTheirFormsReadBackAndResolve) {
     EXPECT_EQ(curveKeyText(bytes, 31), "");
 }
 
+// tests/data/platform/curve-key-files.tsv
 TEST_F(CurveKeys, ReadersRefuseAnythingButTheExactForms) {
-    const std::string pub = pair.publicKey;
-    const std::string sec = pair.secretKey;
-    const std::string good = "public-key=" + pub + "\nsecret-key=" + sec + "\n";
-    struct Case {
-        const char* name;
-        bool secretFile;  // a .key file, else a .pub file
-        std::string text;
-        mode_t mode;
-        const char* error;    // nullptr: accepted
-        const char* warning;  // on acceptance
-    };
-    const Case cases[] = {
-        {"key file", true, good, 0600, nullptr, nullptr},
-        {"key file without the last newline", true, good.substr(0, good.size() - 1), 0400, nullptr, nullptr},
-        {"key file readable by the group", true, good, 0640, nullptr,
-         "readable by group or others (mode 0640)"},
-        {"empty key file", true, "", 0600, "must hold two lines (public-key=, secret-key=), holds 0",
-         nullptr},
-        {"secret line missing", true, "public-key=" + pub + "\n", 0600, "holds 1", nullptr},
-        {"secret line misnamed", true, "public-key=" + pub + "\nsecret=" + sec + "\n", 0600,
-         "line 2 must be \"secret-key=<40 Z85 characters>\"", nullptr},
-        {"a third line", true, good + "\n", 0600, "holds 3", nullptr},
-        {"CRLF line ends", true, "public-key=" + pub + "\r\nsecret-key=" + sec + "\r\n", 0600,
-         "line 1 (public-key): has 41 characters, a Z85 key has 40", nullptr},
-        {"short secret key", true, "public-key=" + pub + "\nsecret-key=" + sec.substr(1) + "\n", 0600,
-         "line 2 (secret-key): has 39 characters", nullptr},
-        {"character outside Z85", true,
-         "public-key=" + pub.substr(0, 6) + "~" + pub.substr(7) + "\nsecret-key=" + sec, 0600,
-         "character '~' at position 7 is not Z85", nullptr},
-        {"group beyond 32 bits", true, "public-key=#####" + pub.substr(5) + "\nsecret-key=" + sec + "\n",
-         0600, "not a valid Z85 value", nullptr},
-        {"keys of two pairs", true, "public-key=" + other.publicKey + "\nsecret-key=" + sec + "\n", 0600,
-         "public-key does not belong to secret-key", nullptr},
-        {"key file too large", true, good + std::string(2000, '#'), 0600, "too large for a key file",
-         nullptr},
-        {"public file", false, pub + "\n", 0644, nullptr, nullptr},
-        {"public file without newline", false, pub, 0644, nullptr, nullptr},
-        {"two public keys", false, pub + "\n" + other.publicKey + "\n", 0644,
-         "must hold one line (the public key in Z85), holds 2", nullptr},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const std::string path = writeText(dir + (c.secretFile ? "/k.key" : "/k.pub"), c.text, c.mode);
+    for (const DataRow& row : dataRows("platform/curve-key-files.tsv")) {
+        SCOPED_TRACE(row.where + " " + row.fields[0]);
+        const bool secretFile = row.fields[1] == "key";
+        const std::string text = unescaped(row.fields[3]);
+        const std::string path =
+            writeText(dir + "/k." + row.fields[1], text, std::stoul(row.fields[2], nullptr, 8));
+        const std::string& error = row.fields[4];
+        const std::string& warning = row.fields[5];
         CurveKeyPair readPair;
         std::string readPublic;
         const KeyStatus status =
-            c.secretFile ? readCurveKeyFile(path, readPair) : readCurvePublicKeyFile(path, readPublic);
-        if (c.error == nullptr) {
+            secretFile ? readCurveKeyFile(path, readPair) : readCurvePublicKeyFile(path, readPublic);
+        if (error == "-") {
             EXPECT_TRUE(status.ok()) << status.error;
-            EXPECT_EQ(c.secretFile ? readPair.secretKey : readPublic, c.secretFile ? sec : pub);
-            EXPECT_NE(status.warning.find(c.warning ? c.warning : ""), std::string::npos) << status.warning;
-            EXPECT_EQ(status.warning.empty(), c.warning == nullptr) << status.warning;
+            EXPECT_EQ(secretFile ? "public-key=" + readPair.publicKey + "\nsecret-key=" + readPair.secretKey
+                                 : readPublic,
+                      text.substr(0, text.find_last_not_of('\n') + 1));
+            EXPECT_EQ(status.warning, warning == "-" ? "" : path + ": " + warning);
         } else {
             EXPECT_EQ(status.error.rfind(path + ": ", 0), 0u) << status.error;  // names the file
-            EXPECT_NE(status.error.find(c.error), std::string::npos) << status.error;
+            EXPECT_NE(status.error.find(error), std::string::npos) << status.error;
             EXPECT_TRUE(readPair.secretKey.empty() && readPublic.empty());
         }
         ::unlink(path.c_str());
