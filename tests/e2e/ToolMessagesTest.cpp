@@ -1,6 +1,6 @@
-// The tools as a user runs them: each row of tests/data/tool-messages/cases.txt runs a
-// command line and expects its exit status, its whole standard error and, when the row
-// gives one, a part of its standard output.
+// The tools and the emulator's command line as a user runs them: each row of
+// tests/data/tool-messages/cases.txt runs a command line and expects its exit status, its
+// whole standard error and, when the row gives one, its standard output or a part of it.
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ struct Row {
     int status = 0;
     std::string stderrText;  // "-": nothing on stderr
     std::vector<std::string> words;
-    std::string stdoutPart;  // "": not checked, "-": nothing on stdout
+    std::string stdoutPart;  // "": not checked, "-": nothing on stdout, "=TEXT": all of it
 };
 
 // Words separated by spaces; '...' keeps spaces in one word.
@@ -94,6 +94,7 @@ TEST(ToolMessages, EachBadInputGivesOneLineAndTheDocumentedStatus) {
     const std::map<std::string, std::string> programs = {
         {"avmngctl", binaryPath("tools/avmngctl")},
         {"sdptool", binaryPath("tools/sdptool")},
+        {"avmng-emulator", binaryPath("emulator/avmng-emulator")},
         {"env", "/usr/bin/env"},
     };
     const std::vector<Row> rows = readRows(kTestData + "tool-messages/cases.txt");
@@ -113,8 +114,8 @@ TEST(ToolMessages, EachBadInputGivesOneLineAndTheDocumentedStatus) {
         SCOPED_TRACE("cases.txt:" + std::to_string(row.line));
         EXPECT_EQ(r.status, row.status) << r.err;
         EXPECT_EQ(r.err, expected);
-        if (row.stdoutPart == "-") {
-            EXPECT_EQ(r.out, "");
+        if (row.stdoutPart == "-" || row.stdoutPart.rfind('=', 0) == 0) {
+            EXPECT_EQ(r.out, row.stdoutPart == "-" ? "" : substitute(row.stdoutPart.substr(1), values));
         } else {
             EXPECT_NE(r.out.find(substitute(row.stdoutPart, values)), std::string::npos) << r.out;
         }
