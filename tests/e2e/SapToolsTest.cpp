@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <stdexcept>
 
 #include "EmulatorProcess.h"
 #include "sap/UdpSocket.h"
@@ -13,12 +12,8 @@ using namespace pimav::detail;
 
 namespace {
 
-std::string sdptool() {
-    return binaryPath("tools/sdptool");
-}
-std::string corpus(const std::string& name) {
-    return sourcePath("tests/data/sdp-corpus/" + name);
-}
+std::string sdptool() { return binaryPath("tools/sdptool"); }
+std::string corpus(const std::string& name) { return sourcePath("tests/data/sdp-corpus/" + name); }
 
 }  // namespace
 
