@@ -1,5 +1,5 @@
-// The emulator's advertise folder, end to end: its files become advertised sessions, and a
-// refresh request or SIGHUP reloads it.
+// The emulator's advertise folder, end to end: a refresh request or SIGHUP reloads it (how
+// its files become advertised sessions is tested in-process).
 
 #include <gtest/gtest.h>
 
@@ -14,8 +14,6 @@ using namespace pimav::detail;
 
 namespace {
 
-const char* const kStudioUrl = "sap://192.168.1.50:9875/studio-a";
-
 // The id of the advertised session with `url`, 0 when the list has none.
 uint64_t advertisedId(const EmulatorProcess& emulator, const std::string& url) {
     const Json::Value list = emulator.call(7);
@@ -27,17 +25,14 @@ uint64_t advertisedId(const EmulatorProcess& emulator, const std::string& url) {
     return 0;
 }
 
-TEST(Advertised, FolderFilesBecomeAdvertisedSessionsNamedByTheirUrl) {
+TEST(Advertised, ARefreshRequestOrSighupReloadsTheFolder) {
     const std::string folder = makeTempDir("advertise");
     for (const char* name : {"commentary.sdp", "sap:%2F%2F192.168.1.50:9875%2Fstudio-a.sdp"}) {
         std::ifstream in(sourcePath(std::string("examples/advertised/") + name));
         std::ofstream(folder + "/" + name) << in.rdbuf();
     }
     EmulatorProcess emulator("", {"--advertise", folder});
-    const Json::Value list = emulator.call(7);
-    ASSERT_EQ(list["list"].size(), 2u) << compact(list);
-    EXPECT_NE(advertisedId(emulator, kStudioUrl), 0u) << compact(list);
-    EXPECT_NE(advertisedId(emulator, "file:" + folder + "/commentary.sdp"), 0u) << compact(list);
+    ASSERT_NE(advertisedId(emulator, "file:" + folder + "/commentary.sdp"), 0u) << compact(emulator.call(7));
 
     // A file that goes away is withdrawn on reload, a new one appears; refused files are skipped.
     std::remove((folder + "/commentary.sdp").c_str());

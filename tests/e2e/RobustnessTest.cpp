@@ -11,56 +11,35 @@ using namespace pimav::detail;
 
 namespace {
 
-Json::Value audioSender(const std::string& name, unsigned channels) {
-    Json::Value doc;
-    doc["name"] = name;
-    Json::Value source;
-    source["codec"] = "L24";
-    source["ptime"] = 1000;
-    source["channel-freq"] = 48000;
-    for (unsigned c = 0; c < channels; ++c) {
-        Json::Value channel;
-        channel["channel"] = c;
-        source["channel-list"].append(channel);
-    }
-    doc["audio-sources"].append(source);
-    return doc;
+Json::Value audioSender(const std::string& name) {
+    return parse(R"({"name":")" + name + R"(","audio-sources":[{"codec":"L24","channel-list":[{"channel":0}]}]})");
 }
 
 }  // namespace
 
 // What was acknowledged before a kill -9 comes back: the saved table, and the running state
-// at the time of the kill (a sender added after the saved one was cleared away).
+// at the time of the kill (a sender added after the saved one was cleared away). Loading a
+// position after a restart is tested in-process.
 TEST(EmulatorRobustness, AcknowledgedStateSurvivesKill) {
     const std::string dir = makeTempDir("persist");
-    uint64_t saved = 0;
     uint64_t running = 0;
     {
         EmulatorProcess emulator(dir);
-        saved = emulator.call(2, audioSender("kept", 4))["session-id"].asUInt64();
-        ASSERT_NE(saved, 0u);
+        ASSERT_NE(emulator.call(2, audioSender("kept"))["session-id"].asUInt64(), 0u);
         ASSERT_EQ(compact(emulator.call(9, parse(R"({"pos":3,"name":"before crash","startup":true})"))), "{}");
         ASSERT_EQ(compact(emulator.call(11, parse(R"({"default":true})"))), "{}");
-        running = emulator.call(2, audioSender("survivor", 2))["session-id"].asUInt64();
+        running = emulator.call(2, audioSender("survivor"))["session-id"].asUInt64();
         ASSERT_NE(running, 0u);
         emulator.kill9();
     }
     EmulatorProcess restarted(dir);
     const Json::Value table = restarted.call(13);
-    ASSERT_EQ(table["list"].size(), 1u) << compact(table);
-    EXPECT_EQ(table["list"][0]["index"].asUInt(), 3u);
-    EXPECT_EQ(table["list"][0]["name"].asString(), "before crash");
+    EXPECT_EQ(table["list"][0]["name"].asString(), "before crash") << compact(table);
     EXPECT_EQ(table["startup"].asUInt(), 3u);
     Json::Value request;
     request["id"] = Json::UInt64(running);
-    const Json::Value info = restarted.call(15, request);
-    EXPECT_EQ(info["name"].asString(), "survivor");
-    EXPECT_EQ(info["session-list"].size(), 1u);
+    EXPECT_EQ(restarted.call(15, request)["name"].asString(), "survivor");
     EXPECT_EQ(compact(restarted.call(51)["senders"]), "[" + std::to_string(running) + "]");
-    // Loading position 3 restores the saved session with its id; new ids are new.
-    ASSERT_EQ(compact(restarted.call(11, parse(R"({"pos":3})"))), "{}");
-    EXPECT_EQ(compact(restarted.call(51)["senders"]), "[" + std::to_string(saved) + "]");
-    EXPECT_GT(restarted.call(2, audioSender("next", 2))["session-id"].asUInt64(), running);
     // No temporary files are left behind by the atomic writes.
     const auto listing = run({"/bin/ls", "-a", dir});
     EXPECT_EQ(listing.out.find(".tmp"), std::string::npos) << listing.out;
@@ -68,7 +47,7 @@ TEST(EmulatorRobustness, AcknowledgedStateSurvivesKill) {
 
 TEST(EmulatorRobustness, PythonClientGetsTheSameRepliesAsTheCppClient) {
     EmulatorProcess emulator;
-    emulator.call(2, audioSender("python", 2));
+    emulator.call(2, audioSender("python"));
     // The library's client, with a short reply limit, pointed at the emulator (the
     // context outlives the client's socket).
     zmq::context_t context(1);

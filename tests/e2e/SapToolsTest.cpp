@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <stdexcept>
 
 #include "EmulatorProcess.h"
 #include "sap/UdpSocket.h"
@@ -13,12 +12,8 @@ using namespace pimav::detail;
 
 namespace {
 
-std::string sdptool() {
-    return binaryPath("tools/sdptool");
-}
-std::string corpus(const std::string& name) {
-    return sourcePath("tests/data/sdp-corpus/" + name);
-}
+std::string sdptool() { return binaryPath("tools/sdptool"); }
+std::string corpus(const std::string& name) { return sourcePath("tests/data/sdp-corpus/" + name); }
 
 }  // namespace
 
@@ -70,23 +65,4 @@ TEST(SapTools, ListenPrintsWhatAnnounceSends) {
     EXPECT_NE(heard[1]["hash"], heard[0]["hash"]);
     EXPECT_EQ(compact(heard[3]), "{\"from\":\"" + heard[3]["from"].asString() +
                                      "\",\"reason\":\"truncated\",\"type\":\"refused\"}");
-}
-
-TEST(SapTools, RefusesBadArgumentsBeforeSending) {
-    const std::string audio = corpus("st2110-30-l24-48k-8ch-1ms-ttl128-framecount.sdp");
-    const std::vector<std::vector<std::string>> rows = {
-        {"announce", audio, "--to", "127.0.0.1"},
-        {"announce", "/nonexistent/a.sdp", "--to", "127.0.0.1:9"},
-        {"announce", audio, "--to", "127.0.0.1:9", "--interface", "eth0"},
-        {"announce", audio, "--to", "127.0.0.1:9", "--origin", "host"},
-        {"listen", "--on", "127.0.0.1:x"},
-    };
-    for (auto row : rows) {
-        row.insert(row.begin(), sdptool());
-        const auto result = run(row);
-        EXPECT_EQ(result.status, 2) << row[1] << " " << row[3] << ": " << result.err;
-    }
-    const auto quiet = run({sdptool(), "listen", "--on", "127.0.0.1:0", "--seconds", "0.1"});
-    EXPECT_EQ(quiet.status, 0) << quiet.err;
-    EXPECT_EQ(quiet.out, "");
 }

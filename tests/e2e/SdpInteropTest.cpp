@@ -54,15 +54,14 @@ std::vector<std::string> probe(const std::string& ffprobe, const std::string& pa
     return streamsOf(parse(r.out));
 }
 
-const char* const kNoFfprobe =
-    "ffprobe is not installed (Debian package ffmpeg): interop with FFmpeg not tested";
-
 }  // namespace
 
-TEST(SdpInterop, FfprobeReadsWhatGenWrites) {
+// What sdptool gen writes for the documents of tests/data/sdp-gen, and what the emulator
+// serves (command 0) for the sample senders of examples/documents, one audio, one video.
+TEST(SdpInterop, FfprobeReadsWhatGenWritesAndWhatTheEmulatorServes) {
     const std::string ffprobe = findProgram("ffprobe");
     if (ffprobe.empty()) {
-        GTEST_SKIP() << kNoFfprobe;
+        GTEST_SKIP() << "ffprobe is not installed (Debian package ffmpeg): interop with FFmpeg not tested";
     }
     const std::string dir = makeTempDir("interop");
     const std::vector<GenExpectation> documents = genExpectations();
@@ -75,16 +74,7 @@ TEST(SdpInterop, FfprobeReadsWhatGenWrites) {
         ASSERT_EQ(gen.status, 0) << gen.err;
         EXPECT_EQ(probe(ffprobe, sdp), e.streams);
     }
-}
-
-// The SDP of command 0 for the sample senders of examples/documents, one audio, one video.
-TEST(SdpInterop, FfprobeReadsWhatTheEmulatorServesForASender) {
-    const std::string ffprobe = findProgram("ffprobe");
-    if (ffprobe.empty()) {
-        GTEST_SKIP() << kNoFfprobe;
-    }
     EmulatorProcess emulator;
-    const std::string dir = makeTempDir("interop");
     const struct {
         const char* document;
         std::vector<std::string> streams;
@@ -94,16 +84,11 @@ TEST(SdpInterop, FfprobeReadsWhatTheEmulatorServesForASender) {
     };
     for (const auto& s : senders) {
         SCOPED_TRACE(s.document);
-        const std::string ctl = binaryPath("tools/avmngctl");
-        const std::string port = std::to_string(emulator.port());
-        const auto added =
-            run({ctl, "--port", port, "add-source", sourcePath("examples/documents/") + s.document});
-        ASSERT_EQ(added.status, 0) << added.err;
-        const std::string id = std::to_string(parse(added.out)["session-id"].asUInt64());
-        const auto sdp = run({ctl, "--port", port, "sdp", id});
-        ASSERT_EQ(sdp.status, 0) << sdp.err;
-        const std::string path = dir + "/" + id + ".sdp";
-        std::ofstream(path, std::ios::binary) << sdp.out;
-        EXPECT_EQ(probe(ffprobe, path), s.streams) << sdp.out;
+        Json::Value id;
+        id["id"] = emulator.call(2, parse(readText(sourcePath("examples/documents/") + s.document)))["session-id"];
+        const std::string sdp = emulator.call(0, id)["sdp"].asString();
+        const std::string path = dir + "/" + id["id"].asString() + ".sdp";
+        std::ofstream(path, std::ios::binary) << sdp;
+        EXPECT_EQ(probe(ffprobe, path), s.streams) << sdp;
     }
 }
