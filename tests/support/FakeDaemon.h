@@ -46,7 +46,9 @@ public:
         std::vector<std::string> frames;  // Raw: sent frame by frame as they are
 
         static Action reply(const Json::Value& document) { return {Kind::Reply, document, {}}; }
-        static Action rawFrames(std::vector<std::string> frames) { return {Kind::Raw, {}, std::move(frames)}; }
+        static Action rawFrames(std::vector<std::string> frames) {
+            return {Kind::Raw, {}, std::move(frames)};
+        }
         static Action silent() { return {Kind::Silent, {}, {}}; }
     };
     using Handler = std::function<Action(const Request&)>;
