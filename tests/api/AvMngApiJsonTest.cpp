@@ -61,7 +61,7 @@ TEST(AvMngApiJson, FailingInitLogsOneChkPerLevelAndKeepsHost) {
     std::string host = "bad host";
     EXPECT_EQ(api.init(ctx, host), ClientJsonApi::kErrConnect);
     EXPECT_EQ(api.ipcHost, "bad host");
-    const std::string refused = "ClientJsonApi: *";  // its text: tests/platform
+    const std::string refused = "ClientJsonApi: *";  // the transport's line, checked in tests/platform
     const std::string init = "CHK(int AvMngApiJson::init(zmq::context_t&))::# Error Code -103";
     EXPECT_TRUE(capture.matches(
         2, {refused, init,
