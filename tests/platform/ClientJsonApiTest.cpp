@@ -2,11 +2,13 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 #include <zmq.hpp>
 
+#include "common/ClientAccess.h"
 #include "pimAvMngApi/platform/ClientJsonApi.h"
 #include "platform/CurveKeys.h"
 #include "platform/IpcWire.h"
@@ -273,49 +275,6 @@ TEST(ClientJsonApi, ConcurrentCallsOnOneObjectEachGetTheirOwnReply) {
     EXPECT_EQ(daemon.requestCount(), 100u);
 }
 
-}  // namespace
-
-namespace {
-
-// A CURVE REP server on loopback that answers {"curve":true} to every request. Without a
-// ZAP handler libzmq admits any client key; a client with the wrong server key fails the
-// handshake.
-class CurveServer {
-public:
-    explicit CurveServer(const CurveKeyPair& keys) : m_socket(m_context, zmq::socket_type::rep) {
-        m_socket.set(zmq::sockopt::linger, 0);
-        m_socket.set(zmq::sockopt::curve_server, true);
-        m_socket.set(zmq::sockopt::curve_secretkey, keys.secretKey);
-        m_socket.bind("tcp://127.0.0.1:*");
-        m_endpoint = m_socket.get(zmq::sockopt::last_endpoint);
-        m_thread = std::thread([this] {
-            zmq::message_t part;
-            while (!m_stop) {
-                zmq::pollitem_t item{m_socket.handle(), 0, ZMQ_POLLIN, 0};
-                zmq::poll(&item, 1, std::chrono::milliseconds(20));
-                if ((item.revents & ZMQ_POLLIN) != 0) {
-                    do {
-                        (void)m_socket.recv(part);
-                    } while (part.more());
-                    m_socket.send(zmq::str_buffer(R"({"curve":true})"));
-                }
-            }
-        });
-    }
-    ~CurveServer() {
-        m_stop = true;
-        m_thread.join();
-    }
-    const std::string& endpoint() const { return m_endpoint; }
-
-private:
-    zmq::context_t m_context;
-    zmq::socket_t m_socket;
-    std::string m_endpoint;
-    std::atomic<bool> m_stop{false};
-    std::thread m_thread;
-};
-
 TEST(ClientJsonApiCurve, KeysFromTheEnvironmentOrTheHostEncryptOrFailInit) {
     if (!curveSupported()) {
         GTEST_SKIP() << "this libzmq has no CURVE support";
@@ -335,7 +294,13 @@ TEST(ClientJsonApiCurve, KeysFromTheEnvironmentOrTheHostEncryptOrFailInit) {
         }
         return text;
     };
-    CurveServer curveServer(server);
+    // The daemon lets in the client keys of the folder (full.key among them).
+    const ClientKeys clientKeys = ClientKeys::load(keys.path("clients"));
+    ServerOptions curve;
+    curve.curveSecretKey = server.secretKey;
+    curve.clientKeys = &clientKeys;
+    FakeDaemon curveServer(0, curve);
+    curveServer.replyWith(jsonOf(R"({"curve":true})"));
     zmq::context_t ctx;
     for (const DataRow& row : dataRows("platform/curve-client-keys.tsv")) {
         SCOPED_TRACE(row.where);

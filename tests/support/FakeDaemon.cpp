@@ -1,39 +1,14 @@
 #include "support/FakeDaemon.h"
 
-#include <utility>
-
 #include "platform/IpcWire.h"
 
 using namespace pimav::detail;
 
-FakeDaemon::Action FakeDaemon::Action::reply(const Json::Value& document) {
-    Action a;
-    a.kind = Kind::Reply;
-    a.document = document;
-    return a;
-}
-
-FakeDaemon::Action FakeDaemon::Action::raw(const std::string& text) {
-    return rawFrames({text});
-}
-
-FakeDaemon::Action FakeDaemon::Action::rawFrames(std::vector<std::string> frames) {
-    Action a;
-    a.kind = Kind::Raw;
-    a.frames = std::move(frames);
-    return a;
-}
-
-FakeDaemon::Action FakeDaemon::Action::silent() {
-    Action a;
-    a.kind = Kind::Silent;
-    return a;
-}
-
-FakeDaemon::FakeDaemon(uint16_t port)
+FakeDaemon::FakeDaemon(uint16_t port, const ServerOptions& options)
     : m_context(1),
       m_server(m_context,
-               port == 0 ? std::string("tcp://127.0.0.1:*") : "tcp://127.0.0.1:" + std::to_string(port)) {
+               port == 0 ? std::string("tcp://127.0.0.1:*") : "tcp://127.0.0.1:" + std::to_string(port),
+               options) {
     m_endpoint = m_server.endpoint();
     m_port = static_cast<uint16_t>(std::stoul(m_endpoint.substr(m_endpoint.rfind(':') + 1)));
     m_thread = std::thread([this] {
@@ -61,13 +36,6 @@ void FakeDaemon::onRequest(Handler handler) {
 void FakeDaemon::queue(Action action) {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_script.push_back(std::move(action));
-}
-
-void FakeDaemon::silentFor(size_t requests) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    for (size_t i = 0; i < requests; ++i) {
-        m_script.push_back(Action::silent());
-    }
 }
 
 std::vector<FakeDaemon::Request> FakeDaemon::requests() const {
@@ -107,7 +75,6 @@ bool FakeDaemon::answerFrames(const std::vector<std::string>& frames, std::vecto
     Request request;
     request.frameCount = frames.size();
     if (request.frameCount >= 1) {
-        request.idFrame = frames[0];
         decodeCommandId(frames[0].data(), frames[0].size(), request.commandId);
     }
     if (request.frameCount >= 2) {

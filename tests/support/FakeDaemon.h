@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 #include <zmq.hpp>
 
@@ -19,9 +20,8 @@
 //
 //   FakeDaemon daemon;                        // binds tcp://127.0.0.1:<free port>
 //   daemon.replyWith(jsonOf("{\"id\":7}"));   // default answer
-//   daemon.silentFor(1);                      // the next request gets no answer
-//   TestJsonApi api;  api.connectTo(ctx, daemon);
-//   api.getSourceSessionList(reply);
+//   daemon.queue(FakeDaemon::Action::silent());  // the next request gets no answer
+//   (a client sends command 5 to daemon.endpoint())
 //   daemon.requests()[0].commandId == 5
 //
 // The endpoint is the emulator's RequestServer at frame level, which can leave a request
@@ -33,7 +33,6 @@ class FakeDaemon {
 public:
     struct Request {
         uint32_t commandId = 0;    // decoded from frame 1 (0 when frame 1 is not 4 bytes)
-        std::string idFrame;       // frame 1 as received
         size_t frameCount = 0;     // frames of the request body
         bool hasDocument = false;  // frame 2 present and not empty
         std::string documentText;  // frame 2 as received
@@ -46,16 +45,18 @@ public:
         Json::Value document;             // Reply: sent as compact JSON text
         std::vector<std::string> frames;  // Raw: sent frame by frame as they are
 
-        static Action reply(const Json::Value& document);
-        static Action raw(const std::string& text);
-        static Action rawFrames(std::vector<std::string> frames);
-        static Action silent();
+        static Action reply(const Json::Value& document) { return {Kind::Reply, document, {}}; }
+        static Action rawFrames(std::vector<std::string> frames) {
+            return {Kind::Raw, {}, std::move(frames)};
+        }
+        static Action silent() { return {Kind::Silent, {}, {}}; }
     };
     using Handler = std::function<Action(const Request&)>;
 
     // Binds 127.0.0.1 on a free port, or on `port` when not 0 (to restart a daemon on
-    // the port a client already uses). Throws zmq::error_t when binding fails.
-    explicit FakeDaemon(uint16_t port = 0);
+    // the port a client already uses), with `options` (CURVE keys). Throws zmq::error_t
+    // when binding fails.
+    explicit FakeDaemon(uint16_t port = 0, const pimav::detail::ServerOptions& options = {});
     ~FakeDaemon();
     FakeDaemon(const FakeDaemon&) = delete;
     FakeDaemon& operator=(const FakeDaemon&) = delete;
@@ -67,8 +68,7 @@ public:
     void onRequest(Handler handler);
     void queue(Action action);
     void queueReply(const Json::Value& document) { queue(Action::reply(document)); }
-    void silentFor(size_t requests);
-    void sendNonJson(const std::string& text = "this is not JSON") { queue(Action::raw(text)); }
+    void sendNonJson() { queue(Action::rawFrames({"this is not JSON"})); }
 
     std::vector<Request> requests() const;
     size_t requestCount() const;
