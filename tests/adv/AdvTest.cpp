@@ -6,9 +6,7 @@
 #include <map>
 #include <stdexcept>
 
-#include "pimAvMngApi/adv/AdvSessions.h"
-#include "pimAvMngApi/adv/AdvSessionsDb.h"
-#include "pimAvMngApi/platform/SystemDefaultCfg.h"
+#include "pimAvMngApi/pimAvMngApi.h"
 #include "support/Aes67Sdp.h"
 #include "support/LogCapture.h"
 #include "support/RecordScript.h"

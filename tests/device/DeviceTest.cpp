@@ -5,13 +5,7 @@
 
 #include <sstream>
 
-#include "pimAvMngApi/device/BoardModel.h"
-#include "pimAvMngApi/device/CfgFileTable.h"
-#include "pimAvMngApi/device/ClockConfig.h"
-#include "pimAvMngApi/device/ClockCounters.h"
-#include "pimAvMngApi/device/ClockStatus.h"
-#include "pimAvMngApi/device/Codec.h"
-#include "pimAvMngApi/platform/SystemDefaultCfg.h"
+#include "pimAvMngApi/pimAvMngApi.h"
 #include "support/LogCapture.h"
 #include "support/RecordScript.h"
 #include "support/TestData.h"

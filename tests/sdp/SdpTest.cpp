@@ -7,10 +7,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "pimAvMngApi/device/BoardModel.h"
-#include "pimAvMngApi/platform/ErrorAuxMsg.h"
-#include "pimAvMngApi/platform/SystemDefaultCfg.h"
-#include "pimAvMngApi/sdp/SdpConverter.h"
+#include "pimAvMngApi/pimAvMngApi.h"
 #include "support/JsonText.h"
 #include "support/KindedJson.h"
 #include "support/LogCapture.h"
