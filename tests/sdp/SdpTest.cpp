@@ -60,12 +60,6 @@ Json::Value sessionView(const SdpSession& session, bool parsed) {
     return view;
 }
 
-void expectLogged(const LogCapture& log, const Lines& texts) {
-    for (const std::string& text : texts) {
-        EXPECT_TRUE(log.contains(text)) << "no log line contains: " << text;
-    }
-}
-
 TEST(SdpParse, Cases) {
     const std::vector<DataCase> cases = dataCases("sdp-parse/cases.txt");
     ASSERT_FALSE(cases.empty());
@@ -82,7 +76,9 @@ TEST(SdpParse, Cases) {
         for (const std::string& message : messages) {  // each user message is logged too
             EXPECT_NE(std::find(level2.begin(), level2.end(), message), level2.end()) << message;
         }
-        expectLogged(log, c.all("logged"));
+        for (const std::string& text : c.all("logged")) {
+            EXPECT_TRUE(log.contains(text)) << "no log line contains: " << text;
+        }
         if (c.get("code") == "0") {
             SdpSession session;
             converter.getSdpConfig(session);
@@ -112,9 +108,7 @@ TEST(SdpParse, CorpusFilesHaveTheirOutcome) {
         LogCapture log;
         EXPECT_EQ(converter.parseSdp(readText(kCorpusDir + f[0])), std::stoi(f[1]));
         EXPECT_EQ(ErrorAuxMsg::getInstance()->getMessages(), Lines(f.begin() + 5, f.end()));
-        if (f[4] != "-") {
-            expectLogged(log, {f[4]});
-        }
+        EXPECT_TRUE(f[4] == "-" || log.contains(f[4])) << "no log line contains: " << f[4];
         EXPECT_FALSE(log.contains("SDP PARSE threw exception"));
         if (f[1] != "0") {
             continue;
@@ -179,7 +173,9 @@ TEST(SdpGenerate, Cases) {
             converter.getSdpString(&after);
             EXPECT_EQ(after, text) << "the Dante text does not replace the stored text";
         }
-        expectLogged(log, c.all("logged"));
+        for (const std::string& text : c.all("logged")) {
+            EXPECT_TRUE(log.contains(text)) << "no log line contains: " << text;
+        }
         if (c.has("round-trip")) {
             SdpConverter parser;
             log.clear();
