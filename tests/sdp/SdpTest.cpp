@@ -5,13 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <sstream>
 
-#include "pimAvMngApi/device/BoardModel.h"
-#include "pimAvMngApi/platform/ErrorAuxMsg.h"
-#include "pimAvMngApi/platform/SystemDefaultCfg.h"
-#include "pimAvMngApi/sdp/SdpConverter.h"
+#include "pimAvMngApi/pimAvMngApi.h"
 #include "support/JsonText.h"
 #include "support/KindedJson.h"
 #include "support/LogCapture.h"
@@ -64,34 +60,13 @@ Json::Value sessionView(const SdpSession& session, bool parsed) {
     return view;
 }
 
-void expectLogged(const LogCapture& log, const Lines& texts) {
-    for (const std::string& text : texts) {
-        EXPECT_TRUE(log.contains(text)) << "no log line contains: " << text;
-    }
-}
-
-Lines unescapedAll(Lines texts) {
-    for (std::string& text : texts) {
-        text = unescaped(text);
-    }
-    return texts;
-}
-
-std::string withCrlf(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        out += c == '\n' ? "\r\n" : std::string(1, c);
-    }
-    return out;
-}
-
 TEST(SdpParse, Cases) {
     const std::vector<DataCase> cases = dataCases("sdp-parse/cases.txt");
     ASSERT_FALSE(cases.empty());
     for (const DataCase& c : cases) {
         SCOPED_TRACE(c.where + " " + c.title);
         BoardScope board(c.get("board", "MAPLE SDI-ST2110"));
-        const std::string text = c.get("text-mode") == "crlf" ? withCrlf(c.get("text")) : c.get("text");
+        const std::string text = c.get("text");
         const Lines messages = c.all("message");
         SdpConverter converter;
         LogCapture log;
@@ -101,7 +76,9 @@ TEST(SdpParse, Cases) {
         for (const std::string& message : messages) {  // each user message is logged too
             EXPECT_NE(std::find(level2.begin(), level2.end(), message), level2.end()) << message;
         }
-        expectLogged(log, c.all("logged"));
+        for (const std::string& text : c.all("logged")) {
+            EXPECT_TRUE(log.contains(text)) << "no log line contains: " << text;
+        }
         if (c.get("code") == "0") {
             SdpSession session;
             converter.getSdpConfig(session);
@@ -131,9 +108,7 @@ TEST(SdpParse, CorpusFilesHaveTheirOutcome) {
         LogCapture log;
         EXPECT_EQ(converter.parseSdp(readText(kCorpusDir + f[0])), std::stoi(f[1]));
         EXPECT_EQ(ErrorAuxMsg::getInstance()->getMessages(), Lines(f.begin() + 5, f.end()));
-        if (f[4] != "-") {
-            expectLogged(log, {f[4]});
-        }
+        EXPECT_TRUE(f[4] == "-" || log.contains(f[4])) << "no log line contains: " << f[4];
         EXPECT_FALSE(log.contains("SDP PARSE threw exception"));
         if (f[1] != "0") {
             continue;
@@ -172,13 +147,13 @@ TEST(SdpGenerate, Cases) {
         SdpConverter converter;
         LogCapture log;
         EXPECT_EQ(converter.setSdpConfig(session), std::stoi(c.get("code", "0")));
-        std::string text;
+        std::string text = "old";
         EXPECT_EQ(converter.getSdpString(&text), 0);
-        for (const std::string& part : unescapedAll(c.all("has"))) {
-            EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
+        for (const std::string& part : c.all("has")) {
+            EXPECT_NE(text.find(unescaped(part)), std::string::npos) << part << "\nin\n" << text;
         }
-        for (const std::string& part : unescapedAll(c.all("lacks"))) {
-            EXPECT_EQ(text.find(part), std::string::npos) << part << "\nin\n" << text;
+        for (const std::string& part : c.all("lacks")) {
+            EXPECT_EQ(text.find(unescaped(part)), std::string::npos) << part << "\nin\n" << text;
         }
         if (c.has("ends")) {
             const std::string end = unescaped(c.get("ends"));
@@ -198,7 +173,9 @@ TEST(SdpGenerate, Cases) {
             converter.getSdpString(&after);
             EXPECT_EQ(after, text) << "the Dante text does not replace the stored text";
         }
-        expectLogged(log, c.all("logged"));
+        for (const std::string& text : c.all("logged")) {
+            EXPECT_TRUE(log.contains(text)) << "no log line contains: " << text;
+        }
         if (c.has("round-trip")) {
             SdpConverter parser;
             log.clear();
@@ -208,35 +185,6 @@ TEST(SdpGenerate, Cases) {
             EXPECT_EQ(jsonText(sessionView(back, false)), jsonText(sessionView(session, false))) << text;
             EXPECT_EQ(log.at(2), Lines{}) << text;
         }
-    }
-}
-
-TEST(SdpGenerate, FieldsWithLineBreaksAreRefused) {
-    const std::vector<DataRow> rows = dataRows("sdp-parse/line-breaks.tsv");
-    ASSERT_GT(rows.size(), 1u);
-    ASSERT_EQ(rows[0].fields[0], "base");
-    for (size_t i = 1; i < rows.size(); ++i) {
-        const std::vector<std::string>& f = rows[i].fields;
-        SCOPED_TRACE(rows[i].where + " " + f[0]);
-        Json::Value doc = jsonOf(rows[0].fields[1]);
-        Json::Value* member = &doc;
-        std::istringstream path(f[1]);
-        for (std::string key; std::getline(path, key, '/');) {
-            member = std::isdigit(static_cast<unsigned char>(key[0])) ? &(*member)[std::stoi(key)]
-                                                                      : &(*member)[key];
-        }
-        *member = jsonOf(f[2]);
-        SdpSession session = sessionOf(doc);
-        SdpConverter converter;
-        LogCapture log;
-        EXPECT_EQ(converter.setSdpConfig(session), -1);
-        std::string text = "old";
-        converter.getSdpString(&text);
-        EXPECT_EQ(text, "");
-        EXPECT_TRUE(log.contains("SDP:: " + f[0] + " holds a CR, LF or NUL character; no SDP generated"));
-        std::string dante = "old";
-        EXPECT_EQ(converter.generateDanteSdp(dante), f[3] == "yes" ? -1 : 0);
-        EXPECT_EQ(dante.empty(), f[3] == "yes");
     }
 }
 
@@ -307,10 +255,7 @@ TEST(SdpConverter, ParsesOneMediaSection) {
     std::string item;
     SdpMedia media;
     EXPECT_EQ(converter.parseSdpMedia(&media, &lines, &leftovers, SdpGroup::GROUP_NONE, item), 0);
-    EXPECT_EQ(media.m_udp_port, 5004u);
-    EXPECT_EQ(media.m_transport_ip, 0xEF450101u);
-    ASSERT_EQ(media.m_rtp_maps.size(), 1u);
-    EXPECT_EQ(media.m_rtp_maps[0].m_number_channels, 8);
+    EXPECT_EQ(media.m_udp_port, 5004u);  // the section's fields: tests/data/sdp-parse/cases.txt
     EXPECT_EQ(leftovers, Lines{"a=recvonly"});
 }
 

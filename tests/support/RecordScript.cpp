@@ -52,17 +52,15 @@ struct Run {
 
 void runStep(const Step& step, const RecordKinds& kinds, Run& run) {
     SCOPED_TRACE(step.where);
-    const RecordKind*& kind = run.kind;
-    std::unique_ptr<IJsonSerializable>& record = run.record;
-    Json::Value& over = run.over;
+    auto& [kind, record, over, lowest, highest] = run;
     if (step.op == "over") {
         over = kindedJsonOf(step.arg);
         return;
     }
     if (step.op == "levels") {
         const size_t dash = step.arg.find('-');
-        run.lowest = std::stoi(step.arg.substr(0, dash));
-        run.highest = std::stoi(step.arg.substr(dash + 1));
+        lowest = std::stoi(step.arg.substr(0, dash));
+        highest = std::stoi(step.arg.substr(dash + 1));
         return;
     }
     LogCapture capture;
@@ -118,7 +116,7 @@ void runStep(const Step& step, const RecordKinds& kinds, Run& run) {
     }
     std::vector<std::pair<int, std::string>> logged;
     for (const LogCapture::Line& line : capture.lines()) {
-        if (line.level >= run.lowest && line.level <= run.highest) {
+        if (line.level >= lowest && line.level <= highest) {
             logged.emplace_back(line.level, line.text);
         }
     }

@@ -4,7 +4,10 @@
 // registered name, reads documents into it, and compares what it writes, logs and dumps
 // with the script. The format is described in tests/data/records/README.md.
 
+#include <gtest/gtest.h>
+
 #include <functional>
+#include <iomanip>
 #include <istream>
 #include <map>
 #include <memory>
@@ -39,16 +42,33 @@ struct RecordKind {
 };
 using RecordKinds = std::map<std::string, RecordKind>;
 
-// One word of a script as a value of A; an enumeration is written as its number.
+// One word of a script as a value of A; an enumeration is written as its number, a string
+// as a word or in double quotes ("" is empty).
 template <typename A>
 A argumentOf(std::istream& in) {
     if constexpr (std::is_enum_v<A>) {
         return static_cast<A>(argumentOf<std::underlying_type_t<A>>(in));
     } else {
         A value{};
-        in >> value;
+        if constexpr (std::is_same_v<A, std::string>) {
+            in >> std::quoted(value);
+        } else {
+            in >> value;
+        }
         return value;
     }
+}
+
+// An action calling a member with arguments read from the script's words; the last word is
+// the result expected.
+template <typename T, typename Base, typename R, typename... A>
+RecordAction recordCall(R (Base::*member)(A...)) {
+    return [member](IJsonSerializable& record, std::istream& in) {
+        std::tuple<std::decay_t<A>...> args{argumentOf<std::decay_t<A>>(in)...};  // braces: read in order
+        const R result =
+            std::apply([&](auto&... v) { return (static_cast<T&>(record).*member)(v...); }, args);
+        EXPECT_EQ(result, argumentOf<R>(in));
+    };
 }
 
 // A kind made by T's constructor: with no arguments when the script gives none, else with

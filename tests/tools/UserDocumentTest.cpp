@@ -10,28 +10,10 @@
 #include "UserDocument.h"
 #include "pimAvMngApi/model/DestinationApi.h"
 #include "pimAvMngApi/model/SourceApi.h"
+#include "support/JsonText.h"
 #include "support/TestData.h"
 
 using namespace pimav::detail;
-
-namespace {
-
-Json::Value parsed(const std::string& text) {
-    Json::Value doc;
-    std::string error;
-    EXPECT_TRUE(parseJsonText(text, doc, error)) << text << ": " << error;
-    return doc;
-}
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : " ") + word;
-    }
-    return text;
-}
-
-}  // namespace
 
 TEST(UserDocument, NamesTheMemberAtFaultAndTheMembersIgnored) {
     const RecordRoundTrip source = roundTripOf<SourceApi>();
@@ -42,9 +24,9 @@ TEST(UserDocument, NamesTheMemberAtFaultAndTheMembersIgnored) {
     for (const DataRow& row : dataRows("tools/user-documents.tsv")) {
         const std::vector<std::string>& f = row.fields;
         SCOPED_TRACE(row.where);
-        const Json::Value doc = parsed(f[1]);
+        const Json::Value doc = jsonOf(f[1]);
         EXPECT_EQ(unreadableMember(doc, *records.at(f[0])), f[2] == "-" ? "" : f[2]);
-        EXPECT_EQ(joined(unknownMembers(doc, *records.at(f[0]))), f[3] == "-" ? "" : f[3]);
+        EXPECT_EQ(unknownMembers(doc, *records.at(f[0])), words(f[3] == "-" ? "" : f[3]));
     }
 }
 
