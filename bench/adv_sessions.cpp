@@ -17,7 +17,6 @@
 #include "pimAvMngApi/platform/Logger.h"
 #include "pimAvMngApi/platform/SystemDefaultCfg.h"
 #include "pimAvMngApi/sdp/SdpConverter.h"
-#include "support/Aes67Sdp.h"
 
 namespace {
 
@@ -51,6 +50,25 @@ void fail(const char* what, size_t index) {
 session_id_t idOf(size_t i) {
     return 1000000 + i * 7919;
 }
+
+// The SDP text of a single-stream AES67 audio session (L24, 48 kHz, 1 ms, PTP reference
+// clock), as another device would advertise it.
+struct Aes67Sdp {
+    uint64_t id = 1;
+    std::string name;
+    std::string source;
+    std::string group;
+    unsigned port = 5004;
+    unsigned channels = 2;
+    uint64_t version = 1;
+
+    std::string text() const {
+        return "v=0\no=- " + std::to_string(id) + " " + std::to_string(version) + " IN IP4 " + source + "\ns=" + name +
+               "\nt=0 0\nm=audio " + std::to_string(port) + " RTP/AVP 97\nc=IN IP4 " + group +
+               "/32\na=rtpmap:97 L24/48000/" + std::to_string(channels) +
+               "\na=ptime:1\na=ts-refclk:ptp=IEEE1588-2008:00-1D-C1-FF-FE-12-34-56:0\na=mediaclk:direct=0\n";
+    }
+};
 
 Aes67Sdp advertisement(size_t i, uint64_t version) {
     Aes67Sdp sdp;

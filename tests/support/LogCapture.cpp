@@ -16,6 +16,7 @@ LogCapture::~LogCapture() {
 }
 
 std::vector<std::string> LogCapture::texts() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<std::string> out;
     for (const auto& line : m_lines) {
         out.push_back(line.text);
@@ -24,6 +25,7 @@ std::vector<std::string> LogCapture::texts() const {
 }
 
 std::vector<std::string> LogCapture::at(int level) const {
+    std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<std::string> out;
     for (const auto& line : m_lines) {
         if (line.level == level) {
@@ -34,6 +36,7 @@ std::vector<std::string> LogCapture::at(int level) const {
 }
 
 size_t LogCapture::count(const std::string& needle) const {
+    std::lock_guard<std::mutex> lock(m_mutex);
     size_t n = 0;
     for (const auto& line : m_lines) {
         if (line.text.find(needle) != std::string::npos) {

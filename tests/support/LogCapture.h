@@ -11,7 +11,8 @@
 
 // Captures every Logger line (all levels) while in scope and clears the user-message
 // collector, restoring the default output and threshold afterwards. Lines may arrive from
-// several threads; read them once those threads are done.
+// several threads: texts(), at(), count() and clear() may be called while they log;
+// lines() only once those threads are done.
 // `line` as `pattern` says: "#" stands for a decimal number (a source line), "*" for any
 // text, every other character for itself.
 inline bool matchesPattern(const char* pattern, const char* line) {
@@ -56,10 +57,13 @@ public:
                               return matchesPattern(pattern.c_str(), line.c_str());
                           });
     }
-    void clear() { m_lines.clear(); }
+    void clear() {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_lines.clear();
+    }
 
 private:
     int m_previous_threshold;
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
     std::vector<Line> m_lines;
 };
