@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -115,72 +116,67 @@ pid_t spawn(const std::vector<std::string>& argv, int& outFd, int& errFd) {
 }
 
 RunResult run(const std::vector<std::string>& argv, int timeoutMs) {
-    int outFd = -1;
-    int errFd = -1;
-    const pid_t pid = spawn(argv, outFd, errFd);
-    RunResult result;
-    pollfd fds[2] = {{outFd, POLLIN, 0}, {errFd, POLLIN, 0}};
+    Background program(argv);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    int open = 2;
-    bool killed = false;
-    while (open > 0) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) {
-            ::kill(pid, SIGKILL);
-            killed = true;
-            break;
-        }
-        if (::poll(fds, 2, static_cast<int>(left.count())) <= 0) {
-            continue;
-        }
-        for (int i = 0; i < 2; ++i) {
-            if (fds[i].fd >= 0 && (fds[i].revents & (POLLIN | POLLHUP)) != 0) {
-                char buffer[4096];
-                const ssize_t n = ::read(fds[i].fd, buffer, sizeof buffer);
-                if (n <= 0) {
-                    ::close(fds[i].fd);
-                    fds[i].fd = -1;
-                    --open;
-                } else {
-                    (i == 0 ? result.out : result.err).append(buffer, static_cast<size_t>(n));
-                }
-            }
-        }
+    while (program.readSome(deadline)) {
     }
-    for (auto& f : fds) {
-        if (f.fd >= 0) {
-            ::close(f.fd);
-        }
-    }
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    result.status = killed ? -1 : waitStatus(status);
+    RunResult result;
+    result.status = program.finish(std::chrono::steady_clock::now() >= deadline ? SIGKILL : 0);
+    result.out = program.text(0);
+    result.err = program.text(1);
     return result;
 }
 
 Background::~Background() {
     stop();
-    ::close(m_fds[0]);
-    ::close(m_fds[1]);
+    for (int fd : m_fds) {
+        if (fd >= 0) {
+            ::close(fd);
+        }
+    }
+}
+
+bool Background::readSome(std::chrono::steady_clock::time_point deadline) {
+    pollfd fds[2] = {{m_fds[0], POLLIN, 0}, {m_fds[1], POLLIN, 0}};
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if ((m_fds[0] < 0 && m_fds[1] < 0) || left.count() <= 0) {
+        return false;
+    }
+    const int ready = ::poll(fds, 2, static_cast<int>(left.count()));
+    if (ready <= 0) {
+        return ready == 0 || errno == EINTR;  // at the deadline, the next call says so
+    }
+    for (int i = 0; i < 2; ++i) {
+        if (m_fds[i] >= 0 && (fds[i].revents & (POLLIN | POLLHUP)) != 0) {
+            char buffer[4096];
+            const ssize_t n = ::read(m_fds[i], buffer, sizeof buffer);
+            if (n > 0) {
+                m_text[i].append(buffer, static_cast<size_t>(n));
+            } else {
+                ::close(m_fds[i]);
+                m_fds[i] = -1;
+            }
+        }
+    }
+    return true;
 }
 
 bool Background::waitForLines(int stream, size_t lines, int timeoutMs) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
     while (std::count(m_text[stream].begin(), m_text[stream].end(), '\n') < static_cast<long>(lines)) {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        pollfd ready{m_fds[stream], POLLIN, 0};
-        if (left.count() <= 0 || ::poll(&ready, 1, static_cast<int>(left.count())) <= 0) {
+        if (!readSome(deadline)) {
             return false;
         }
-        char buffer[4096];
-        const ssize_t n = ::read(m_fds[stream], buffer, sizeof buffer);
-        if (n <= 0) {
-            return false;
-        }
-        m_text[stream].append(buffer, static_cast<size_t>(n));
     }
     return true;
+}
+
+int Background::finish(int signal) {
+    if (m_pid > 0) {
+        const int status = signalAndReap(m_pid, signal);
+        m_status = signal == SIGKILL ? -1 : status;
+    }
+    return m_status;
 }
 
 int Background::stop() {

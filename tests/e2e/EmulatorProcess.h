@@ -7,6 +7,7 @@
 #include <sys/resource.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -63,8 +64,14 @@ public:
     bool waitForLines(int stream, size_t lines, int timeoutMs);
     const std::string& text(int stream) const { return m_text[stream]; }
 
+    // Reads what is there, waiting until `deadline` at most; false once both streams are
+    // closed or the deadline has passed.
+    bool readSome(std::chrono::steady_clock::time_point deadline);
+
     // SIGTERM and wait; the exit status. What it wrote can still be read.
     int stop();
+    // Sends `signal` (0: none) and waits; the exit status, -1 after SIGKILL.
+    int finish(int signal);
 
 private:
     int m_fds[2] = {-1, -1};  // before m_pid, which the constructor fills together with them
