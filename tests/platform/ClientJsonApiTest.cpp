@@ -48,6 +48,9 @@ TEST(IpcWire, CommandIdIsFourLittleEndianBytes) {
         ASSERT_TRUE(decodeCommandId(frame.data(), frame.size(), back));
         EXPECT_EQ(back, id);
     }
+    uint32_t id = 0;  // the four bytes of the frame, not one more
+    ASSERT_TRUE(decodeCommandId("\x05\x00\x00\x00\xff", 4, id));
+    EXPECT_EQ(id, 5u);
     uint32_t untouched = 9;
     EXPECT_FALSE(decodeCommandId("\x01\x02\x03", 3, untouched));
     EXPECT_FALSE(decodeCommandId("\x01\x02\x03\x04\x05", 5, untouched));
