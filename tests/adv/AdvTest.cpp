@@ -60,7 +60,7 @@ ActionWords wordsOf(std::istream& args) {
 // tests/data/adv/aes67.sdp, an AES67 audio session as another device advertises it, with the
 // words' id, version and source and the name given.
 std::string aes67Sdp(const ActionWords& w, const std::string& name) {
-    std::string text = readText(kTestData + "adv/aes67.sdp");
+    std::string text = dataText("adv/aes67.sdp");
     const std::pair<std::string, std::string> fields[] = {{"{id}", std::to_string(w.id())},
                                                           {"{version}", w.get("version", "1")},
                                                           {"{source}", w.get("source", "192.168.1.20")},
@@ -114,7 +114,7 @@ RecordKind tableKind() {
              add(t, w, text);
          })},
         {"add-file", action([](AdvSessions& t, const ActionWords& w) {
-             add(t, w, readText(kTestData + w.get("file", "")));
+             add(t, w, dataText(w.get("file", "")));
          })},
         {"use", action(mark(true))},
         {"unuse", action(mark(false))},

@@ -34,7 +34,7 @@ TEST(SdpExplain, EveryRefusalHasItsReason) {
         std::string reason;
         {
             ParserLog log(false);
-            if (converter.parseSdp(readText(kTestData + path)) != 0) {
+            if (converter.parseSdp(dataText(path)) != 0) {
                 ++refused;
                 reason = refusalReason(log.lines(), ErrorAuxMsg::getInstance()->getMessages());
                 EXPECT_FALSE(reason.empty());

@@ -68,7 +68,7 @@ TEST(SdpGen, WrittenTextPassesLintAndTheParser) {
         GenOptions options;
         options.nameGroups = true;
         options.crlf = true;
-        const Json::Value doc = jsonOf(readText(kTestData + "sdp-gen/" + e.document));
+        const Json::Value doc = jsonOf(dataText("sdp-gen/" + e.document));
         const GenResult crlf = generateForReceivers(doc, options);
         ASSERT_EQ(crlf.status, 0) << crlf.error;
         for (const LintFinding& finding : lintSdp(crlf.sdp, profiles)) {
