@@ -24,13 +24,8 @@ std::string idDoc(uint64_t id) { return "{\"id\":" + std::to_string(id) + "}"; }
 
 class EmulatorCommands : public ::testing::Test {
 protected:
-    EmulatorCommands() : m_emulator(options()) {}
-    static EmulatorOptions options() {
-        EmulatorOptions o;
-        o.configDir = tempDir("commands");
-        o.advertiseDir = std::string(PIMAV_SOURCE_DIR) + "/examples/advertised";
-        return o;
-    }
+    EmulatorCommands()
+        : m_emulator(freshOptions("commands", std::string(PIMAV_SOURCE_DIR) + "/examples/advertised")) {}
     uint64_t addSender(const std::string& json) { return call(m_emulator, 2, json)["session-id"].asUInt64(); }
 
     Emulator m_emulator;

@@ -81,8 +81,7 @@ TEST(EmulatorFiles, AtomicWriteReplacesWholeAndLeavesNoTemporaryFile) {
 }
 
 TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
-    EmulatorOptions options;
-    options.configDir = tempDir("state");
+    EmulatorOptions options = freshOptions("state");
     uint64_t sender = 0;
     {
         Emulator emulator(options);
@@ -117,9 +116,7 @@ TEST(EmulatorState, RunningSessionsAndTheStartupFileSurviveARestart) {
 // The advertise folder gives regular .sdp files of bounded size, up to the table's limit;
 // a FIFO or a link to a device is skipped unread, so the daemon never blocks on one.
 TEST(EmulatorState, AdvertiseFolderRefusalsAreLoggedAndSkipped) {
-    EmulatorOptions options;
-    options.configDir = tempDir("adv-state");
-    options.advertiseDir = tempDir("adv");
+    EmulatorOptions options = freshOptions("adv-state", tempDir("adv"));
     options.maxAdvertised = 2;
     const std::string dir = options.advertiseDir;
     std::ofstream(dir + "/no-origin.sdp") << "v=0\r\ns=x\r\nt=0 0\r\n";

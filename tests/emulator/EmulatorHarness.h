@@ -21,6 +21,14 @@ inline std::string tempDir(const char* tag) {
     return ::mkdtemp(pattern.data());
 }
 
+// Emulator options with a fresh state folder and, when given, an advertise folder.
+inline EmulatorOptions freshOptions(const char* tag, const std::string& advertiseDir = "") {
+    EmulatorOptions options;
+    options.configDir = tempDir(tag);
+    options.advertiseDir = advertiseDir;
+    return options;
+}
+
 inline std::vector<std::string> filesIn(const std::string& dir) {
     std::vector<std::string> names;
     DIR* d = ::opendir(dir.c_str());

@@ -35,12 +35,7 @@ std::string entry(Emulator& emulator, uint64_t id) {
 
 class EmulatorSapTest : public ::testing::Test {
 protected:
-    EmulatorSapTest() : m_emulator(options()) {}
-    static EmulatorOptions options() {
-        EmulatorOptions o;
-        o.configDir = tempDir("sap");
-        return o;
-    }
+    EmulatorSapTest() : m_emulator(freshOptions("sap")) {}
     Emulator m_emulator;
 };
 

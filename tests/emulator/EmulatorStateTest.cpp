@@ -201,8 +201,7 @@ TEST_F(EmulatorStateTest, LimitsAndLeftovers) {
 // Start-up reads every file inside the error handling: a file it cannot read is set aside
 // as <name>.bad with a log line naming it, and the daemon starts with the rest.
 TEST(EmulatorStartup, UnreadableFilesAreSetAsideAndTheRestIsLoaded) {
-    EmulatorOptions options;
-    options.configDir = tempDir("startup-template");
+    EmulatorOptions options = freshOptions("startup-template");
     std::string savedName;
     {
         Emulator emulator(options);
